@@ -9,7 +9,7 @@
 namespace afx {
 
 std::string Arguments::valueFor(const std::string& option) {
-    if (done()) throw UsageError("option " + option + " needs a value (see afx --help)");
+    if (done() || looksLikeOption(peek())) throw UsageError("option " + option + " needs a value (see afx --help)");
     return take();
 }
 
