@@ -17,8 +17,8 @@ constexpr const char* kDemoHelp =
     "usage: afx demo [OUTPUT] [--quiet] [--module PATH]\n"
     "\n"
     "Renders the bundled example (examples/afx-demo-input.wav, 2.5 s of stereo\n"
-    "16-bit audio) through highpass 120 Hz -> parametric EQ (+4 dB at 2500 Hz) ->\n"
-    "delay (0.25 s, 35 % feedback, 30 % mix) -> volume -3 dB, and writes\n"
+    "16-bit audio) through highpass 80 Hz -> parametric EQ (+4 dB at 2500 Hz) ->\n"
+    "delay (0.25 s, 35 % feedback, 30 % mix) -> volume +2 dB, and writes\n"
     "OUTPUT (default afx-demo.wav in the current folder, replaced if present).\n"
     "\n"
     "  -q, --quiet        print nothing but errors\n"
@@ -77,10 +77,10 @@ int demoCommand(Arguments& arguments, const std::string& defaultModule) {
     }
     job.input = findDemoInput();
     job.effects = {
-        {"highpass", {{false, "Cutoff", "120"}}},
-        {"parametric-eq", {{false, "Center", "2500"}, {false, "Q", "4"}, {false, "Boost", "4"}}},
+        {"highpass", {{false, "Cutoff", "80"}}},
+        {"parametric-eq", {{false, "Center", "2500"}, {false, "Boost", "4"}}},
         {"delay", {{false, "Delay", "0.25"}, {false, "Feedback", "35"}, {false, "Mix", "30"}}},
-        {"volume", {{false, "Level", "-3"}}},
+        {"volume", {{false, "Level", "2"}}},
     };
     if (!job.quiet) std::printf("afx demo: %s -> %s through\n", job.input.c_str(), job.output.c_str());
     return render(job);
