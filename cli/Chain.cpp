@@ -38,8 +38,19 @@ int findParameter(const Effect& effect, const std::string& identifier, const std
         const long index = parseInteger(wanted, "a parameter index");
         if (index >= 0 && index < effect.parameterCount()) return static_cast<int>(index);
     } else {
+        // Two parameters may carry one name (the multitap delay's third and
+        // fourth tap levels both read "Level 4"): then only the index will do.
+        std::vector<int> matches;
         for (int index = 0; index < effect.parameterCount(); ++index)
-            if (equalsIgnoringCase(trimBlanks(effect.parameterName(index)), wanted)) return index;
+            if (equalsIgnoringCase(trimBlanks(effect.parameterName(index)), wanted)) matches.push_back(index);
+        if (matches.size() == 1) return matches.front();
+        if (matches.size() > 1) {
+            std::string indices;
+            for (std::size_t i = 0; i < matches.size(); ++i)
+                indices += (i == 0 ? "" : (i + 1 == matches.size() ? " and " : ", ")) + std::to_string(matches[i]);
+            throw UsageError("'" + identifier + "' has several parameters named '" + wanted + "' (indices " +
+                             indices + "); give the index instead");
+        }
     }
     throw UsageError("'" + identifier + "' has no parameter '" + text + "'; " + parameterList(effect));
 }

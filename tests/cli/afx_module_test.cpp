@@ -351,6 +351,24 @@ TEST(AfxModule, FamilyWithoutVariantForTheChannelCount) {
     }
 }
 
+// The multitap delay names its third and fourth tap levels alike: a name
+// that fits two parameters is refused, and the index still works.
+TEST(AfxModule, AmbiguousParameterNameAsksForTheIndex) {
+    SKIP_UNLESS_REGISTERED();
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), 1, 48000, testSignal(1, 100));
+    const Outcome ambiguous = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e",
+                                      "multitap-delay", "-p", "level 4=-6"});
+    if (ambiguous.exitStatus == 1 && ambiguous.err.find("makes no instance") != std::string::npos)
+        GTEST_SKIP() << "the module does not make Multitap Delay yet";
+    EXPECT_EQ(ambiguous.exitStatus, 2) << ambiguous.err;
+    EXPECT_NE(ambiguous.err.find("indices 8 and 11"), std::string::npos) << ambiguous.err;
+    EXPECT_EQ(folder.entries(), std::vector<std::string>{"in.wav"});
+    const Outcome byIndex = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", "multitap-delay",
+                                    "-p", "11=-6", "--quiet"});
+    EXPECT_EQ(byIndex.exitStatus, 0) << byIndex.err;
+}
+
 TEST(AfxModule, DisplayValuesConvertThroughThePropertyInterface) {
     SKIP_UNLESS_REGISTERED();
     ScratchFolder folder;
