@@ -108,12 +108,14 @@ public:
 
     // Makes the effect through the registered factory; null when none is made.
     AudioEffect* create(const std::string& identifier) const {
-        ML::VSTAudioFilterRegistry::Registration registration;
         const Ordo::ImmutableString id = Ordo::ImmutableString::CreateStatic(identifier.c_str());
-        if (!started_ || !ML::VSTAudioFilterRegistry::Find(id, registration) || registration.factory == nullptr)
-            return nullptr;
+        // The last registration under an id is this host's own start-up's.
+        ML::VSTAudioFilterRegistry::Factory factory = nullptr;
+        for (const auto& registration : registrations_)
+            if (registration.id == id) factory = registration.factory;
+        if (factory == nullptr) return nullptr;
         ML::VSTPropertySupportMixin* properties = nullptr;
-        return registration.factory(id, nullptr, &properties);
+        return factory(id, nullptr, &properties);
     }
 
 private:
@@ -123,9 +125,14 @@ private:
         if (auto startup = reinterpret_cast<void (*)()>(::dlsym(handle_, "_ZN2AF7StartupEv"))) {
             startup();
             started_ = true;
+            // Kept here: other suites may clear the shared registry; the
+            // module stays loaded (this handle is never closed), so the
+            // factories stay valid.
+            registrations_ = ML::VSTAudioFilterRegistry::Registrations();
         }
     }
     void* handle_ = nullptr;
+    std::vector<ML::VSTAudioFilterRegistry::Registration> registrations_;
     bool started_ = false;
 };
 
