@@ -99,7 +99,9 @@ VstIntPtr vuAnswer(float vu) {
     effect.vu = vu;
     VstIntPtr result = dispatch(effect, 9, 3, 4, kPtr, 5.0f);
     EXPECT_EQ(effect.calls.size(), 1u);
-    if (!effect.calls.empty()) EXPECT_EQ(effect.calls[0], call("getVu"));
+    if (!effect.calls.empty()) {
+        EXPECT_EQ(effect.calls[0], call("getVu"));
+    }
     return result;
 }
 
@@ -118,12 +120,21 @@ TEST(FrameDispatcher, VuIsScaledAndTruncated) {
     EXPECT_EQ(vuAnswer(2.0f), 65534);
 }
 
+// The answer is the dispatcher's pointer-sized integer: a VU past its range
+// saturates there, and NaN gives 0.
 TEST(FrameDispatcher, VuSaturatesAndNanGivesZero) {
+    constexpr VstIntPtr kHighest = std::numeric_limits<VstIntPtr>::max();
+    constexpr VstIntPtr kLowest = std::numeric_limits<VstIntPtr>::min();
     EXPECT_EQ(vuAnswer(std::numeric_limits<float>::quiet_NaN()), 0);
-    EXPECT_EQ(vuAnswer(1e30f), std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(vuAnswer(-1e30f), std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(vuAnswer(std::numeric_limits<float>::infinity()), std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(vuAnswer(-std::numeric_limits<float>::infinity()), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(vuAnswer(-std::numeric_limits<float>::quiet_NaN()), 0);
+    EXPECT_EQ(vuAnswer(1e30f), kHighest);
+    EXPECT_EQ(vuAnswer(-1e30f), kLowest);
+    EXPECT_EQ(vuAnswer(std::numeric_limits<float>::infinity()), kHighest);
+    EXPECT_EQ(vuAnswer(-std::numeric_limits<float>::infinity()), kLowest);
+#if INTPTR_MAX == INT64_MAX
+    // 1e6 * 32767 = 32767000000 fits: beyond 32 bits, not saturated.
+    EXPECT_EQ(vuAnswer(1e6f), static_cast<VstIntPtr>(32767000000LL));
+#endif
 }
 
 TEST(FrameDispatcher, SampleRateAndBlockSize) {
@@ -444,7 +455,9 @@ TEST(FrameDispatcher, DefaultsThroughTheDispatcher) {
         PlainEffect effect(nullptr, 1, 1);
         // A pointer-sized zeroed slot, so the opcodes that store into ptr may.
         alignas(16) char slot[128] = {};
-        EXPECT_EQ(dispatch(effect, opcode, 0, 5, slot, 0.0f), plainDefault(opcode)) << "opcode " << opcode;
+        // Opcodes 42 and 69 read `value` as a pointer: 0 there.
+        VstIntPtr value = (opcode == 42 || opcode == 69) ? 0 : 5;
+        EXPECT_EQ(dispatch(effect, opcode, 0, value, slot, 0.0f), plainDefault(opcode)) << "opcode " << opcode;
     }
 }
 
@@ -542,8 +555,12 @@ TEST(FrameDispatcher, ArbitraryIndexAndValueAreHarmless) {
                     PlainEffect effect(nullptr, 2, 2);
                     alignas(16) char slot[128] = {};
                     VstIntPtr result = dispatch(effect, opcode, index, value, slot, opt);
-                    if (opcode == 22) EXPECT_EQ(result, 0x4E764566);
-                    if (opcode > 76 || opcode < 0) EXPECT_EQ(result, 0);
+                    if (opcode == 22) {
+                        EXPECT_EQ(result, 0x4E764566);
+                    }
+                    if (opcode > 76 || opcode < 0) {
+                        EXPECT_EQ(result, 0);
+                    }
                 }
     }
 }
