@@ -110,6 +110,13 @@ std::intptr_t HostEffect::close() {
     return record->dispatcher(record, kClose, 0, 0, nullptr, 0.0f);
 }
 
+AEffect* HostEffect::release() {
+    AEffect* record = effect_;
+    effect_ = nullptr;
+    properties_ = nullptr;
+    return record;
+}
+
 void HostEffect::start(float sampleRate, std::int32_t blockSize) {
     open();
     setSampleRate(sampleRate);

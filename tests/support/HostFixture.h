@@ -135,6 +135,9 @@ public:
     // Opcode 1: the effect deletes itself; returns the dispatcher's answer (1).
     // Afterwards effect() and properties() are null.
     std::intptr_t close();
+    // Forgets the effect without closing it, for a test that destroys it
+    // another way (through its property interface); returns the record.
+    AEffect* release();
     // A host's start: open, sample rate, block size, resume.
     void start(float sampleRate = 44100.0f, std::int32_t blockSize = 1024);
 
