@@ -252,6 +252,16 @@ TEST_P(VolumeTest, DisplayTexts) {
     }
 }
 
+TEST_P(VolumeTest, NullTextPointersWriteNothing) {
+    fx->setParameter(0, 0.25f);
+    for (std::int32_t opcode : {aftest::kGetProgramName, aftest::kGetParamLabel, aftest::kGetParamDisplay,
+                                aftest::kGetParamName}) {
+        EXPECT_EQ(fx->dispatch(opcode, 0, 0, nullptr), 0) << opcode;
+    }
+    // The effect is unharmed: its texts still come out.
+    EXPECT_EQ(fx->parameterDisplay(0), "-6.02060");
+}
+
 TEST_P(VolumeTest, OutOfRangeParameterIndicesAreIgnored) {
     fx->setParameter(0, 0.3f);
     fx->setParameter(1, 0.9f);
