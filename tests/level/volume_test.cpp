@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,8 @@ const VolumeVariant kVariants[] = {
     {"Internal Volume 5.1", 6, 0x41456E36, "AEn6"},
     {"Internal Volume 16 Channel", 16, 0x41453136, "AE16"},
 };
+
+void PrintTo(const VolumeVariant& variant, std::ostream* os) { *os << variant.identifier; }
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
