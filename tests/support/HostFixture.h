@@ -159,9 +159,10 @@ public:
     // `buffers` must hold at least channels() channels.
     void processReplacing(Channels& buffers);
     void processReplacing(Channels& buffers, std::int32_t frames);
-    // processReplacing with separate input and output buffers.
+    // processReplacing with separate input and output buffers (passing the
+    // same Channels twice processes in place). Frames: the first output's length.
     void processReplacing(Channels& inputs, Channels& outputs);
-    // The accumulating entry point, separate buffers.
+    // The accumulating entry point, likewise.
     void process(Channels& inputs, Channels& outputs);
     // Calls processReplacing in place once per entry of `blocks` over successive
     // frame ranges of `buffers` (each block copied out, processed, copied back).
