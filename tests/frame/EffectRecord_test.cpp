@@ -132,6 +132,24 @@ TEST(FrameRecord, ParameterTrampolines) {
     EXPECT_EQ(effect.calls[1], call("getParameter", {1}));
 }
 
+TEST(FrameRecord, EntryPointsIgnoreARecordWithoutObject) {
+    // A record whose object the host cleared: every entry point does nothing.
+    RecordingEffect effect;
+    AEffect orphan;
+    std::memcpy(&orphan, effect.getAeffect(), sizeof orphan);
+    orphan.object = nullptr;
+    float samples[2] = {1.0f, 2.0f};
+    float* channels[1] = {samples};
+    EXPECT_EQ(orphan.dispatcher(&orphan, 22, 0, 0, nullptr, 0.0f), 0);
+    EXPECT_EQ(orphan.dispatcher(&orphan, 1, 0, 0, nullptr, 0.0f), 0);
+    orphan.process(&orphan, channels, channels, 2);
+    orphan.processReplacing(&orphan, channels, channels, 2);
+    orphan.setParameter(&orphan, 0, 1.0f);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(orphan.getParameter(&orphan, 0)), 0u);
+    EXPECT_EQ(orphan.dispatcher(nullptr, 0, 0, 0, nullptr, 0.0f), 0);
+    EXPECT_TRUE(effect.calls.empty());
+}
+
 TEST(FrameRecord, CloseThroughTheRecordClosesAndDeletes) {
     int before = effectsDestroyed();
     auto* effect = new RecordingEffect();

@@ -312,6 +312,25 @@ TEST(PlatformAudioBufferShell, FrameCountsOfZeroOrLessChangeNothing) {
     }
 }
 
+TEST(PlatformAudioBufferShell, EmptyAssignLetsGoOfTheEarlierArrays) {
+    // After a call with frames, a call without any must not reach back into
+    // the arrays of the earlier call (the host may have freed them).
+    HostArrays earlier;
+    HostArrays later;
+    AR::AudioBufferShell shell;
+    ASSERT_TRUE(shell.Init(2));
+    shell.Assign(earlier.channels, 4);
+    shell.Assign(later.channels, 0);
+    EXPECT_EQ(shell.GetFrameCount(), 0);
+    shell.Zero();
+    shell *= 2.0f;
+    AR::AudioBufferChannel view;
+    view.Assign(shell, 1);
+    view.Zero();
+    EXPECT_TRUE(earlier.unchanged());
+    EXPECT_TRUE(later.unchanged());
+}
+
 TEST(PlatformAudioBufferShell, NullArrayLeavesTheShellEmpty) {
     HostArrays host;
     AR::AudioBufferShell shell;
