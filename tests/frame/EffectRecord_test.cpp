@@ -65,6 +65,10 @@ TEST(FrameRecord, ConstructorNeverCallsTheHost) {
     EXPECT_TRUE(RecordingHost::instance().calls.empty());
 }
 
+TEST(FrameRecord, ExtendedEffectAddsNoData) {
+    EXPECT_EQ(sizeof(AudioEffectX), sizeof(AudioEffect));
+}
+
 TEST(FrameRecord, FourCharacterCodes) {
     EXPECT_EQ(kEffectMagic, 0x56737450);
     EXPECT_EQ(fourCharCode("NoEf"), 0x4E6F4566);

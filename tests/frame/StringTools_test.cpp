@@ -222,6 +222,12 @@ TEST(FrameStringTools, FloatOwnTable) {
     EXPECT_EQ(formatFloat(-0.001f), "-0.00100");
     // The smallest subnormal: every fraction digit truncates to 0.
     EXPECT_EQ(formatFloat(std::numeric_limits<float>::denorm_min()), "0.000000");
+    // 0.99999994 (the float below 1): 999999.94 gives six 9s; truncated, never
+    // rounded up to 1.000000.
+    EXPECT_EQ(formatFloat(std::nextafter(1.0f, 0.0f)), "0.999999");
+    // -1234567.5 (exact): sign and point leave six digits, the last six of the
+    // integer part; the leading 1 and the fraction are dropped.
+    EXPECT_EQ(formatFloat(-1234567.5f), "-234567.");
     // 441.0: "441." then 0 * 10^4 -> four '0's.
     EXPECT_EQ(formatFloat(441.0f), "441.0000");
 }
