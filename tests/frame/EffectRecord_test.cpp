@@ -291,6 +291,14 @@ TEST(FrameRecord, DefaultParameterSlots) {
     EXPECT_EQ(effect.getChunk(&chunk, false), 0);
     EXPECT_EQ(chunk, static_cast<void*>(&effect));
     EXPECT_EQ(effect.setChunk(chunk, 4, true), 0);
+    // The accumulating entry point does nothing by default: outputs keep their samples.
+    float in[2] = {1.0f, 2.0f};
+    float out[2] = {3.0f, 4.0f};
+    float* inputs[1] = {in};
+    float* outputs[1] = {out};
+    effect.getAeffect()->process(effect.getAeffect(), inputs, outputs, 2);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(out[0]), std::bit_cast<std::uint32_t>(3.0f));
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(out[1]), std::bit_cast<std::uint32_t>(4.0f));
 }
 
 TEST(FrameRecord, DefaultTextSlotsWriteOnlyTheZero) {
