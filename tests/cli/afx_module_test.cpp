@@ -3,18 +3,17 @@
 // the same effects driven directly through their records in this process.
 // Tests whose family the module does not make yet skip, saying so; they turn
 // on by themselves when the family lands.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "AfxRunner.h"
-#include "AudioEffect.h"
-#include "ML/VSTAudioFilterRegistry.h"
 #include "WavFiles.h"
+#include "support/HostFixture.h"
 
 namespace afxtest {
 namespace {
@@ -96,46 +95,6 @@ const std::vector<ExpectedRegistration>& expectedTable() {
             GTEST_SKIP() << "the module does not register its effects yet (afx list: " << probe.err << ")"; \
     } while (false)
 
-// The module loaded into this process as a host loads it, for driving effects
-// directly. Null factories (families not built yet) make the caller skip.
-class DirectHost {
-public:
-    static DirectHost& instance() {
-        static DirectHost host;
-        return host;
-    }
-    bool ready() const { return started_; }
-
-    // Makes the effect through the registered factory; null when none is made.
-    AudioEffect* create(const std::string& identifier) const {
-        const Ordo::ImmutableString id = Ordo::ImmutableString::CreateStatic(identifier.c_str());
-        // The last registration under an id is this host's own start-up's.
-        ML::VSTAudioFilterRegistry::Factory factory = nullptr;
-        for (const auto& registration : registrations_)
-            if (registration.id == id) factory = registration.factory;
-        if (factory == nullptr) return nullptr;
-        ML::VSTPropertySupportMixin* properties = nullptr;
-        return factory(id, nullptr, &properties);
-    }
-
-private:
-    DirectHost() {
-        handle_ = ::dlopen(AF_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
-        if (handle_ == nullptr) return;
-        if (auto startup = reinterpret_cast<void (*)()>(::dlsym(handle_, "_ZN2AF7StartupEv"))) {
-            startup();
-            started_ = true;
-            // Kept here: other suites may clear the shared registry; the
-            // module stays loaded (this handle is never closed), so the
-            // factories stay valid.
-            registrations_ = ML::VSTAudioFilterRegistry::Registrations();
-        }
-    }
-    void* handle_ = nullptr;
-    std::vector<ML::VSTAudioFilterRegistry::Registration> registrations_;
-    bool started_ = false;
-};
-
 struct Setting {
     int index;
     float normalised;
@@ -146,30 +105,19 @@ struct Link {
     std::vector<Setting> settings;
 };
 
-// The host's life cycle, done here by hand: open, rate, block size, resume,
-// parameters, in-place blocks of `block` frames (the last one shorter),
-// suspend, close. Returns nothing when the module makes no such effect.
+// The host's life cycle through the shared test host: open, rate, block size,
+// resume, parameters, in-place blocks of `block` frames (the last one
+// shorter), suspend, close. Returns nothing when the module makes no such effect.
 std::optional<std::vector<float>> driveDirectly(const std::vector<Link>& chain, int channels, int rate, int block,
                                                 std::vector<float> interleaved) {
-    std::vector<AEffect*> records;
+    std::vector<std::unique_ptr<aftest::HostEffect>> effects;
     for (const Link& link : chain) {
-        AudioEffect* effect = DirectHost::instance().create(link.identifier);
-        if (effect == nullptr) {
-            for (AEffect* record : records) record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
-            return std::nullopt;
-        }
-        records.push_back(effect->getAeffect());
+        effects.push_back(aftest::HostEffect::Create(link.identifier));
+        if (!effects.back()) return std::nullopt;
     }
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        AEffect* record = records[i];
-        record->dispatcher(record, 0, 0, 0, nullptr, 0.0f);
-        record->dispatcher(record, 10, 0, 0, nullptr, static_cast<float>(rate));
-        record->dispatcher(record, 11, 0, block, nullptr, 0.0f);
-        record->dispatcher(record, 12, 0, 1, nullptr, 0.0f);
-    }
-    for (std::size_t i = 0; i < records.size(); ++i)
-        for (const Setting& setting : chain[i].settings)
-            records[i]->setParameter(records[i], setting.index, setting.normalised);
+    for (auto& effect : effects) effect->start(static_cast<float>(rate), block);
+    for (std::size_t i = 0; i < effects.size(); ++i)
+        for (const Setting& setting : chain[i].settings) effects[i]->setParameter(setting.index, setting.normalised);
     const std::size_t frames = interleaved.size() / static_cast<std::size_t>(channels);
     std::vector<std::vector<float>> planes(channels, std::vector<float>(block));
     std::vector<float*> pointers;
@@ -178,14 +126,15 @@ std::optional<std::vector<float>> driveDirectly(const std::vector<Link>& chain, 
         const std::size_t count = std::min(frames - start, static_cast<std::size_t>(block));
         for (std::size_t i = 0; i < count; ++i)
             for (int c = 0; c < channels; ++c) planes[c][i] = interleaved[(start + i) * channels + c];
-        for (AEffect* record : records)
+        for (auto& effect : effects) {
+            AEffect* record = effect->effect();
             record->processReplacing(record, pointers.data(), pointers.data(), static_cast<VstInt32>(count));
+        }
         for (std::size_t i = 0; i < count; ++i)
             for (int c = 0; c < channels; ++c) interleaved[(start + i) * channels + c] = planes[c][i];
     }
-    for (AEffect* record : records) record->dispatcher(record, 12, 0, 0, nullptr, 0.0f);
-    for (AEffect* record : records) record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
-    return interleaved;
+    for (auto& effect : effects) effect->suspend();
+    return interleaved;  // the effects close as they go
 }
 
 // A signal with a different value on every sample and channel: a crossed
@@ -219,7 +168,7 @@ class AfxModuleRender : public ::testing::TestWithParam<RenderCase> {};
 TEST_P(AfxModuleRender, EqualsDrivingTheEffectsDirectly) {
     SKIP_UNLESS_REGISTERED();
     const RenderCase& render = GetParam();
-    ASSERT_TRUE(DirectHost::instance().ready());
+    ASSERT_TRUE(aftest::LoadedModule::Get().loaded()) << aftest::LoadedModule::Get().error();
     constexpr int kFrames = 7000;
     constexpr int kBlock = 300;
     constexpr int kRate = 44100;
