@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "AfxRunner.h"
+#include "TestNames.h"
 #include "WavFiles.h"
 
 namespace afxtest {
@@ -243,6 +244,8 @@ struct BadCommand {
     const char* mentions;
 };
 
+void PrintTo(const BadCommand& bad, std::ostream* out) { *out << bad.why; }
+
 class AfxErrors : public ::testing::TestWithParam<BadCommand> {};
 
 // Each bad command gets one "afx: error:" line, its exit status, and leaves
@@ -314,7 +317,8 @@ INSTANTIATE_TEST_SUITE_P(
                                                               "--float", "--module", kModule}, 2, "cannot write"},
         BadCommand{"info without effect", {"info", "--module", kModule}, 2, "needs an EFFECT"},
         BadCommand{"info with a bad rate", {"info", "test gain stereo", "--rate", "fast", "--module", kModule}, 2,
-                   "--rate"}));
+                   "--rate"}),
+    NameFromWhy());
 
 INSTANTIATE_TEST_SUITE_P(
     RunTime, AfxErrors,
@@ -330,7 +334,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommand{"module without start-up", {"list", "--module", AF_BINARY_DIR "/libAudioFiltersPlatform.so"}, 1,
                    "no AF::Startup"},
         BadCommand{"factory makes nothing", {"render", "MONO", "OUT", "-e", "test broken mono", "--module", kModule},
-                   1, "makes no instance"}));
+                   1, "makes no instance"}),
+    NameFromWhy());
 
 // A render stopped by SIGINT or SIGTERM leaves no partial output, no
 // temporary file, and an existing OUTPUT exactly as it was.

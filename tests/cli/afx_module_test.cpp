@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "AfxRunner.h"
+#include "TestNames.h"
 #include "WavFiles.h"
 #include "support/HostFixture.h"
 
@@ -161,6 +162,8 @@ struct RenderCase {
     std::vector<Link> chain;         // the identifiers it must resolve to, with their settings
 };
 
+void PrintTo(const RenderCase& render, std::ostream* out) { *out << render.why; }
+
 class AfxModuleRender : public ::testing::TestWithParam<RenderCase> {};
 
 // afx's output, written as floats with the same block size, equals the
@@ -217,7 +220,8 @@ INSTANTIATE_TEST_SUITE_P(
                    {{"Internal Highpass Stereo", {{0, 0.12f}}},
                     {"Internal Parametric EQ Stereo", {{0, 0.45f}, {2, 0.6f}}},
                     {"Internal Delay Stereo", {{0, 0.005f}, {1, 0.35f}, {2, 0.3f}}},
-                    {"Internal Volume Stereo", {{0, 0.35f}}}}}));
+                    {"Internal Volume Stereo", {{0, 0.35f}}}}}),
+    NameFromWhy());
 
 TEST(AfxModule, ListsTheFiftyFiveRegistrationsInOrder) {
     SKIP_UNLESS_REGISTERED();
