@@ -95,7 +95,10 @@ int outputFormat(const std::string& outputPath, int inputFormat, bool asFloat) {
     const std::string extension = extensionOf(outputPath);
     for (const auto& known : kContainers)
         if (extension == known.extension) container = known.container;
-    const int subtype = asFloat ? SF_FORMAT_FLOAT : (inputFormat & SF_FORMAT_SUBMASK);
+    int subtype = asFloat ? SF_FORMAT_FLOAT : (inputFormat & SF_FORMAT_SUBMASK);
+    // An .ogg name asks for the Vorbis codec, whatever the input held.
+    if (container == SF_FORMAT_OGG && subtype != SF_FORMAT_VORBIS && subtype != SF_FORMAT_OPUS)
+        subtype = SF_FORMAT_VORBIS;
     const int format = container | subtype;
     SF_INFO probe{};
     probe.format = format;
@@ -103,7 +106,8 @@ int outputFormat(const std::string& outputPath, int inputFormat, bool asFloat) {
     probe.samplerate = 48000;
     if (!::sf_format_check(&probe))
         throw UsageError("cannot write " + describeFormat(format) + " to '" + outputPath +
-                         "': choose another OUTPUT extension (e.g. .wav)" + (asFloat ? "" : " or add --float"));
+                         "': choose another OUTPUT extension (e.g. .wav)" +
+                         (asFloat || subtype == SF_FORMAT_FLOAT ? "" : " or add --float"));
     return format;
 }
 
