@@ -44,9 +44,9 @@ constexpr const char* kRenderHelp =
     "\n"
     "OUTPUT's container follows its extension (.wav, .aiff, .flac, .caf, .w64, .au,\n"
     ".ogg as Vorbis) or else INPUT's. Samples pass untouched: float input written\n"
-    "with --float\n"
-    "is bit for bit what the effects produced; integer output is rounded to the\n"
-    "nearest step and clipped at full scale (a warning counts clipped samples).\n"
+    "with --float is bit for bit what the effects produced; integer output is\n"
+    "rounded to the nearest step and clipped at full scale (a warning counts\n"
+    "clipped samples).\n"
     "\n"
     "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
 
