@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "AEffect.h"
+#include "plinth/config/Localizer.h"
 
 namespace level_test {
 
@@ -157,6 +158,17 @@ public:
 
 private:
     std::array<char, 128> buffer_{};
+};
+
+// Installs one translation in the host's localiser for the life of a test.
+class ScopedTranslation {
+public:
+    ScopedTranslation(const char* key, const char16_t* text) {
+        plinth::config::Localizer::Get().SetTranslation(key, plinth::WideString(text));
+    }
+    ~ScopedTranslation() { plinth::config::Localizer::Get().ClearTranslations(); }
+    ScopedTranslation(const ScopedTranslation&) = delete;
+    ScopedTranslation& operator=(const ScopedTranslation&) = delete;
 };
 
 }  // namespace level_test

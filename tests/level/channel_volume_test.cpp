@@ -283,6 +283,13 @@ TYPED_TEST(ChannelVolumeTest, NamesLabelsAndProgramName) {
     EXPECT_EQ(TextAnswer(this->host, level_test::kGetProgramName, 0).text(), "Default");
 }
 
+TEST(ChannelVolumeNames, NumberedNamesFollowTheInstalledTranslation) {
+    level_test::ScopedTranslation translation("$$$/Korvex/AudioFilters/16ChannelDefault=Channel ", u"Kanal ");
+    HostedEffect host((new AF::AudioChannelEnvelope16(nullptr))->getAeffect());
+    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 0).text(), "Kanal 1");
+    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 15).text(), "Kanal 16");
+}
+
 // Displays are 20 log10(2 x level) with eight characters, digits past the
 // eighth dropped (worked out by hand from the float values of the logs).
 TYPED_TEST(ChannelVolumeTest, DisplaysInDecibels) {

@@ -212,6 +212,15 @@ TYPED_TEST(MuteTest, ThirdNameIsMuteThree) {
     EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 3).text(), "Mute 3");
 }
 
+// The names are looked up afresh on every call, so an installed translation
+// shows at once, and reaches the host as UTF-8.
+TYPED_TEST(MuteTest, NamesFollowTheInstalledTranslation) {
+    level_test::ScopedTranslation translation("$$$/Korvex/AudioFilters/MuteLabel=Mute ", u"D\u00e9sactiver ");
+    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 0).text(), "D\xC3\xA9sactiver ");
+    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 3).text(), "D\xC3\xA9sactiver 3");
+    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, 1).text(), "D\xC3\xA9sactiver ");
+}
+
 // Displays: the raw value with eight characters, digits past the eighth
 // dropped; a value too large for eight characters leaves the buffer alone.
 TYPED_TEST(MuteTest, DisplaysTheRawValue) {
