@@ -139,6 +139,23 @@ TEST_F(BalanceTest, AccumulatingCallScalesTheInputsAndAddsThem) {
     }
 }
 
+// In place the accumulating call adds the balanced samples to themselves.
+TEST_F(BalanceTest, AccumulatingCallInPlaceDoublesTheBalancedSamples) {
+    host.setParameter(0, 0.2f);
+    const Gains gains = gainsFor(0.2f);
+    for (int frames : kFrameCounts) {
+        ChannelBuffers buffers(kStereo, frames);
+        buffers.fill(inputSample);
+        host.process(buffers, buffers);
+        buffers.expectSamples(
+            [&](unsigned c, int i) {
+                const float scaled = inputSample(c, i) * gainOf(gains, c);
+                return scaled + scaled;
+            },
+            "frames " + std::to_string(frames));
+    }
+}
+
 // 150 on the display is 1.25: the left channel comes out phase-inverted at
 // half level, the right untouched.
 TEST_F(BalanceTest, DisplayValueAboveTheRangeInvertsTheLeftChannel) {

@@ -176,6 +176,22 @@ TYPED_TEST(ChannelVolumeTest, AccumulatingCallScalesTheInputsAndAddsThem) {
     }
 }
 
+// In place the accumulating call adds the scaled samples to themselves.
+TYPED_TEST(ChannelVolumeTest, AccumulatingCallInPlaceDoublesTheScaledSamples) {
+    this->setLevels(levelOf);
+    for (int frames : kFrameCounts) {
+        ChannelBuffers buffers(this->kChannels, frames);
+        buffers.fill(inputSample);
+        this->host.process(buffers, buffers);
+        buffers.expectSamples(
+            [](unsigned c, int i) {
+                const float scaled = inputSample(c, i) * gainOf(levelOf(c));
+                return scaled + scaled;
+            },
+            "frames " + std::to_string(frames));
+    }
+}
+
 TYPED_TEST(ChannelVolumeTest, LevelZeroSilencesTheChannel) {
     this->host.setParameter(0, 0.0f);
     this->expectScaledReplacing([](unsigned c) { return c == 0 ? 0.0f : 1.0f; }, "channel 0 silent");

@@ -89,6 +89,16 @@ TYPED_TEST(InvertTest, AccumulatingCallSubtractsTheInput) {
     }
 }
 
+// In place the accumulating call subtracts each sample from itself: +0.0.
+TYPED_TEST(InvertTest, AccumulatingCallInPlaceGivesPositiveZero) {
+    for (int frames : kFrameCounts) {
+        ChannelBuffers buffers(this->kChannels, frames);
+        buffers.fill(inputSample);
+        this->host.process(buffers, buffers);
+        buffers.expectSamples([](unsigned, int) { return 0.0f; }, "frames " + std::to_string(frames));
+    }
+}
+
 TYPED_TEST(InvertTest, ZeroBecomesNegativeZero) {
     ChannelBuffers buffers(this->kChannels, 5);
     buffers.fill([](unsigned, int) { return 0.0f; });
