@@ -205,6 +205,12 @@ TEST_F(BalanceTest, NullBuffersAreHarmless) {
     host.setParameter(0, 0.2f);
     host->processReplacing(host.record(), nullptr, nullptr, 8);
     host->process(host.record(), nullptr, nullptr, 8);
+    // Without inputs there is nothing to copy or add: the outputs stay.
+    ChannelBuffers out(kStereo, 8);
+    out.fill(outputSample);
+    host->processReplacing(host.record(), nullptr, out.pointers(), 8);
+    host->process(host.record(), nullptr, out.pointers(), 8);
+    out.expectSamples(outputSample, "no inputs");
 }
 
 TEST_F(BalanceTest, OtherIndicesAreIgnored) {
@@ -227,6 +233,14 @@ TEST_F(BalanceTest, ProgramReturnsToCentreAndReportsIt) {
     EXPECT_EQ(bits(automateReports()[0].value), bits(0.5f));
     EXPECT_EQ(bits(host.getParameter(0)), bits(0.5f));
     expectReplacing({1.0f, 1.0f}, "centre again");
+}
+
+// A null text pointer gets nothing written, whatever the request.
+TEST_F(BalanceTest, NullTextPointersAreHarmless) {
+    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
+                            level_test::kGetParamName})
+        for (VstInt32 index : {0, 1, -1}) host.dispatch(opcode, index, 0, nullptr);
+    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 0).text(), "Balance");
 }
 
 TEST_F(BalanceTest, NameLabelAndProgramName) {

@@ -240,6 +240,12 @@ TYPED_TEST(ChannelVolumeTest, NullBuffersAreHarmless) {
     this->setLevels(levelOf);
     this->host->processReplacing(this->host.record(), nullptr, nullptr, 8);
     this->host->process(this->host.record(), nullptr, nullptr, 8);
+    // Without inputs there is nothing to copy or add: the outputs stay.
+    ChannelBuffers out(this->kChannels, 8);
+    out.fill(outputSample);
+    this->host->processReplacing(this->host.record(), nullptr, out.pointers(), 8);
+    this->host->process(this->host.record(), nullptr, out.pointers(), 8);
+    out.expectSamples(outputSample, "no inputs");
 }
 
 // An index outside the channels is ignored by the setter, reads as 0 and
@@ -277,6 +283,14 @@ TYPED_TEST(ChannelVolumeTest, ProgramResetsEveryLevelAndReportsIt) {
     out.fill(outputSample);
     this->host.processReplacing(in, out);
     out.expectSamples(outputSample, "unity after the program");
+}
+
+// A null text pointer gets nothing written, whatever the request.
+TYPED_TEST(ChannelVolumeTest, NullTextPointersAreHarmless) {
+    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
+                            level_test::kGetParamName})
+        for (VstInt32 index : {0, this->kCount - 1, this->kCount, -1}) this->host.dispatch(opcode, index, 0, nullptr);
+    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, 0).text(), "dB");
 }
 
 TYPED_TEST(ChannelVolumeTest, NamesLabelsAndProgramName) {

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <vector>
 
 #include "LevelTestSupport.h"
 #include "effects/level/Invert.h"
@@ -129,6 +130,13 @@ TYPED_TEST(InvertTest, ZeroOrNegativeFrameCountWritesNothing) {
 TYPED_TEST(InvertTest, NullBuffersAreHarmless) {
     this->host->processReplacing(this->host.record(), nullptr, nullptr, 16);
     this->host->process(this->host.record(), nullptr, nullptr, 16);
+    // Missing input channels: their outputs are skipped, not read from null.
+    ChannelBuffers out(this->kChannels, 4);
+    out.fill(outputSample);
+    std::vector<float*> missing(this->kChannels, nullptr);
+    this->host->processReplacing(this->host.record(), missing.data(), out.pointers(), 4);
+    this->host->process(this->host.record(), missing.data(), out.pointers(), 4);
+    out.expectSamples(outputSample, "missing inputs");
 }
 
 TYPED_TEST(InvertTest, InfinitiesAndNaNPassThroughTheRule) {

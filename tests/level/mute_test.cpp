@@ -195,6 +195,14 @@ TYPED_TEST(MuteTest, ParametersAreStoredAsTheyComeAndOutOfRangeIndicesIgnored) {
         EXPECT_EQ(bits(this->host.getParameter(index)), bits(0.75f));
 }
 
+// A null text pointer gets nothing written, whatever the request.
+TYPED_TEST(MuteTest, NullTextPointersAreHarmless) {
+    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
+                            level_test::kGetParamName})
+        for (VstInt32 index : {0, 1, this->kToggles, -1}) this->host.dispatch(opcode, index, 0, nullptr);
+    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 1).text(), "Mute 1");
+}
+
 // Names with the English texts: the master is the key's text alone ("Mute ",
 // with its blank), channel k appends k; the index is not range-checked.
 TYPED_TEST(MuteTest, NamesAndLabels) {
