@@ -11,7 +11,7 @@
 
 namespace AF {
 
-class AF_EXPORT AudioBalance : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioBalance final : public AudioEffectX, public ML::VSTPropertySupportMixin {
 public:
     explicit AudioBalance(audioMasterCallback audioMaster);
     ~AudioBalance() override;
