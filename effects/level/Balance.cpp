@@ -31,6 +31,7 @@ constexpr std::array<ParameterRow, 1> kRows{{
 
 constexpr bool isBalance(unsigned index) noexcept { return index == 0; }
 
+// The display position in double, rounded by the caller where it is stored.
 double toDisplay(float parameterValue) noexcept {
     return static_cast<double>(parameterValue) * kDisplaySpan - kDisplayOffset;
 }
@@ -58,6 +59,7 @@ void AudioBalance::refreshGains() noexcept {
     const float current = balance.load(std::memory_order_relaxed);
     if (current == lastBalance) return;
     lastBalance = current;
+    // Each gain is a double expression rounded once to float.
     const double p = static_cast<double>(current);
     if (p < static_cast<double>(kCentre)) {
         leftGain = kUnityGain;
@@ -68,11 +70,13 @@ void AudioBalance::refreshGains() noexcept {
     }
 }
 
+// The shells only point at the host's arrays for this call; nothing is copied.
 void AudioBalance::assignShells(float** inputs, float** outputs, VstInt32 sampleFrames) noexcept {
     inputShell.Assign(inputs, sampleFrames);
     outputShell.Assign(outputs, sampleFrames);
 }
 
+// Each output channel is its input times its gain; the inputs are only read.
 void AudioBalance::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
     refreshGains();
     assignShells(inputs, outputs, sampleFrames);
@@ -84,6 +88,8 @@ void AudioBalance::processReplacing(float** inputs, float** outputs, VstInt32 sa
     outputChannel.CopyFromScale(inputChannel, rightGain);
 }
 
+// The older accumulating call balances the caller's inputs where they are and
+// mixes them into the outputs; hosts relying on it see the balanced inputs.
 void AudioBalance::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
     refreshGains();
     assignShells(inputs, outputs, sampleFrames);
@@ -96,6 +102,7 @@ void AudioBalance::process(float** inputs, float** outputs, VstInt32 sampleFrame
     outputShell.Mix(inputShell);
 }
 
+// Stored as the host sends it, never clamped; the gains follow at the next buffer.
 void AudioBalance::setParameter(VstInt32 index, float value) {
     if (index == 0) balance.store(value, std::memory_order_relaxed);
 }
@@ -120,6 +127,7 @@ void AudioBalance::getParameterDisplay(VstInt32 index, char* text) {
 
 void AudioBalance::getParameterName(VstInt32 index, char* text) { copyParameterName(kRows, index, text); }
 
+// Only index 0 is a parameter; every other index answers "none" and zeros.
 ML::VSTPropertySupportMixin::ParameterType AudioBalance::GetParameterType(unsigned index) {
     return isBalance(index) ? kNumber : kNotAParameter;
 }

@@ -54,6 +54,7 @@ AudioChannelEnvelope::AudioChannelEnvelope(unsigned channels, audioMasterCallbac
       gains(channels, 0.0f),
       levelsChanged(1),
       allUnity(false) {
+    // levelsChanged starts set, so the first buffer computes the gains.
     for (std::atomic<float>& level : levels) level.store(kUnityLevel, std::memory_order_relaxed);
     inputShell.Init(static_cast<int>(channels));
     outputShell.Init(static_cast<int>(channels));
@@ -78,6 +79,7 @@ void AudioChannelEnvelope::refreshGains() noexcept {
     levelsChanged.store(0, std::memory_order_relaxed);
 }
 
+// The shells only point at the host's arrays for this call; nothing is copied.
 void AudioChannelEnvelope::assignShells(float** inputs, float** outputs, VstInt32 sampleFrames) noexcept {
     inputShell.Assign(inputs, sampleFrames);
     outputShell.Assign(outputs, sampleFrames);
@@ -95,6 +97,8 @@ void AudioChannelEnvelope::processReplacing(float** inputs, float** outputs, Vst
     }
 }
 
+// No unity shortcut here: the inputs are always scaled where they are, then
+// mixed into the outputs.
 void AudioChannelEnvelope::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
     refreshGains();
     assignShells(inputs, outputs, sampleFrames);
@@ -118,6 +122,7 @@ float AudioChannelEnvelope::getParameter(VstInt32 index) {
     return levels[static_cast<unsigned>(index)].load(std::memory_order_relaxed);
 }
 
+// The one program: every channel back to 0 dB, each reset reported to the host.
 void AudioChannelEnvelope::setProgram(VstInt32 program) {
     curProgram = program;
     for (unsigned channel = 0; channel < channelCount; ++channel)
@@ -126,6 +131,7 @@ void AudioChannelEnvelope::setProgram(VstInt32 program) {
 
 void AudioChannelEnvelope::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
 
+// Every index is labelled in decibels, a channel or not.
 void AudioChannelEnvelope::getParameterLabel(VstInt32 index, char* label) {
     (void)index;
     copyLocalizedText(kDecibelLabelKey, label);
@@ -207,6 +213,7 @@ AudioChannelEnvelope16::AudioChannelEnvelope16(audioMasterCallback audioMaster)
     configureVariant(*this, 16, fourCharCode("AE16"));
 }
 
+// Stereo, 5.1 and 16 channels are offered to hosts.
 AudioEffect* createChannelVolume(unsigned channels, audioMasterCallback audioMaster) {
     try {
         switch (channels) {

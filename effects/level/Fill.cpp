@@ -29,6 +29,7 @@ AudioFillLeft::AudioFillLeft(audioMasterCallback audioMaster) : AudioEffectX(aud
     configureVariant(*this, kStereo, fourCharCode("AFlL"));
 }
 
+// Only the right output is written; the left keeps what the host put there.
 void AudioFillLeft::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
     copyChannel(inputs, kLeft, outputs, kRight, sampleFrames);
 }
@@ -45,6 +46,7 @@ AudioFillRight::AudioFillRight(audioMasterCallback audioMaster) : AudioEffectX(a
     configureVariant(*this, kStereo, fourCharCode("AFlR"));
 }
 
+// Only the left output is written; the right keeps what the host put there.
 void AudioFillRight::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
     copyChannel(inputs, kRight, outputs, kLeft, sampleFrames);
 }
@@ -57,6 +59,7 @@ void AudioFillRight::process(float** inputs, float** outputs, VstInt32 sampleFra
 
 bool AudioFillRight::HasHistory() { return false; }
 
+// Both fills exist for stereo only.
 AudioEffect* createFillLeft(unsigned channels, audioMasterCallback audioMaster) {
     if (channels != static_cast<unsigned>(kStereo)) return nullptr;
     return new (std::nothrow) AudioFillLeft(audioMaster);

@@ -18,6 +18,7 @@ AudioSwapChannels::AudioSwapChannels(audioMasterCallback audioMaster) : AudioEff
 // Both inputs of a frame are read before either output is written, so the
 // exchange also holds when the host passes the same buffers in and out.
 void AudioSwapChannels::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    // A host that passes no arrays, or misses a channel, gets nothing written.
     if (inputs == nullptr || outputs == nullptr) return;
     const float* inLeft = inputs[0];
     const float* inRight = inputs[1];
@@ -32,6 +33,7 @@ void AudioSwapChannels::processReplacing(float** inputs, float** outputs, VstInt
     }
 }
 
+// The accumulating call is deliberately empty: it adds nothing.
 void AudioSwapChannels::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
     (void)inputs;
     (void)outputs;
