@@ -74,6 +74,13 @@ EQ_CHANNELS(6, 6)
 EQ_CHANNELS(16, 16)
 #undef EQ_CHANNELS
 
+// Every channel variant of the three families, the unregistered four-channel ones included.
+using EqVariants =
+    ::testing::Types<AF::AudioParametricEQ1, AF::AudioParametricEQ2, AF::AudioParametricEQ4, AF::AudioParametricEQ6,
+                     AF::AudioParametricEQ16, AF::AudioBass1, AF::AudioBass2, AF::AudioBass4, AF::AudioBass6,
+                     AF::AudioBass16, AF::AudioTreble1, AF::AudioTreble2, AF::AudioTreble4, AF::AudioTreble6,
+                     AF::AudioTreble16>;
+
 // Records what the effect tells the host (opcode 0: automate).
 struct HostLog {
     std::vector<std::pair<int, float>> automated;

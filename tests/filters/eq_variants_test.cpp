@@ -15,11 +15,6 @@ using namespace eqtest;
 template <class Effect>
 class EqVariantTest : public ::testing::Test {};
 
-using EqVariants =
-    ::testing::Types<AF::AudioParametricEQ1, AF::AudioParametricEQ2, AF::AudioParametricEQ4, AF::AudioParametricEQ6,
-                     AF::AudioParametricEQ16, AF::AudioBass1, AF::AudioBass2, AF::AudioBass4, AF::AudioBass6,
-                     AF::AudioBass16, AF::AudioTreble1, AF::AudioTreble2, AF::AudioTreble4, AF::AudioTreble6,
-                     AF::AudioTreble16>;
 TYPED_TEST_SUITE(EqVariantTest, EqVariants);
 
 // Blocks of 1, 3, 4, 5 and 64 frames, twice, then long blocks and a short last one.
