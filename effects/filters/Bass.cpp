@@ -17,6 +17,25 @@ constexpr ShelfShape kBassShape{
 AudioBass::AudioBass(unsigned channels, audioMasterCallback audioMaster)
     : AudioShelf(channels, audioMaster, kBassShape) {}
 
+AudioBass::~AudioBass() = default;
+
+template class EqVariant<AudioBass, 1>;
+template class EqVariant<AudioBass, 2>;
+template class EqVariant<AudioBass, 4>;
+template class EqVariant<AudioBass, 6>;
+template class EqVariant<AudioBass, 16>;
+
+AudioBass1::AudioBass1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass1::~AudioBass1() = default;
+AudioBass2::AudioBass2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass2::~AudioBass2() = default;
+AudioBass4::AudioBass4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass4::~AudioBass4() = default;
+AudioBass6::AudioBass6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass6::~AudioBass6() = default;
+AudioBass16::AudioBass16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass16::~AudioBass16() = default;
+
 AudioEffect* createBass(unsigned channels, audioMasterCallback audioMaster) {
     switch (channels) {
         case 1: return new (std::nothrow) AudioBass1(audioMaster);

@@ -79,18 +79,29 @@ void runEqBlock(AR::AudioBuffer& memory, float** inputs, float** outputs, VstInt
 
 // A channel variant: the family built for `Channels`, its record set up as the
 // host expects, and both processing calls routed to the family's one loop.
+// The members are defined out of line and instantiated once, in the family's
+// source file, so the module exports them.
 template <class Family, unsigned Channels>
 class AF_EXPORT EqVariant : public Family {
 public:
-    explicit EqVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-        configureVariant(*this, static_cast<VstInt32>(Channels), eqUniqueId(Channels));
-    }
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        this->template run<Channels, EqMode::accumulate>(inputs, outputs, sampleFrames);
-    }
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        this->template run<Channels, EqMode::replace>(inputs, outputs, sampleFrames);
-    }
+    explicit EqVariant(audioMasterCallback audioMaster);
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
 };
+
+template <class Family, unsigned Channels>
+EqVariant<Family, Channels>::EqVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
+    configureVariant(*this, static_cast<VstInt32>(Channels), eqUniqueId(Channels));
+}
+
+template <class Family, unsigned Channels>
+void EqVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    this->template run<Channels, EqMode::accumulate>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+void EqVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    this->template run<Channels, EqMode::replace>(inputs, outputs, sampleFrames);
+}
 
 }  // namespace AF

@@ -205,6 +205,23 @@ float AudioParametricEQ::ConvertParameterValueToDisplay(unsigned index, float pa
     }
 }
 
+template class EqVariant<AudioParametricEQ, 1>;
+template class EqVariant<AudioParametricEQ, 2>;
+template class EqVariant<AudioParametricEQ, 4>;
+template class EqVariant<AudioParametricEQ, 6>;
+template class EqVariant<AudioParametricEQ, 16>;
+
+AudioParametricEQ1::AudioParametricEQ1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioParametricEQ1::~AudioParametricEQ1() = default;
+AudioParametricEQ2::AudioParametricEQ2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioParametricEQ2::~AudioParametricEQ2() = default;
+AudioParametricEQ4::AudioParametricEQ4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioParametricEQ4::~AudioParametricEQ4() = default;
+AudioParametricEQ6::AudioParametricEQ6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioParametricEQ6::~AudioParametricEQ6() = default;
+AudioParametricEQ16::AudioParametricEQ16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioParametricEQ16::~AudioParametricEQ16() = default;
+
 AudioEffect* createParametricEQ(unsigned channels, audioMasterCallback audioMaster) {
     switch (channels) {
         case 1: return new (std::nothrow) AudioParametricEQ1(audioMaster);

@@ -95,26 +95,38 @@ private:
     PeakingDesign design_;
 };
 
+// The variants' shared members are instantiated in the family's source file.
+extern template class EqVariant<AudioParametricEQ, 1>;
+extern template class EqVariant<AudioParametricEQ, 2>;
+extern template class EqVariant<AudioParametricEQ, 4>;
+extern template class EqVariant<AudioParametricEQ, 6>;
+extern template class EqVariant<AudioParametricEQ, 16>;
+
 class AF_EXPORT AudioParametricEQ1 final : public EqVariant<AudioParametricEQ, 1> {
 public:
-    explicit AudioParametricEQ1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+    explicit AudioParametricEQ1(audioMasterCallback audioMaster);
+    ~AudioParametricEQ1() override;
 };
 class AF_EXPORT AudioParametricEQ2 final : public EqVariant<AudioParametricEQ, 2> {
 public:
-    explicit AudioParametricEQ2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+    explicit AudioParametricEQ2(audioMasterCallback audioMaster);
+    ~AudioParametricEQ2() override;
 };
 // Built and exported, never registered.
 class AF_EXPORT AudioParametricEQ4 final : public EqVariant<AudioParametricEQ, 4> {
 public:
-    explicit AudioParametricEQ4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+    explicit AudioParametricEQ4(audioMasterCallback audioMaster);
+    ~AudioParametricEQ4() override;
 };
 class AF_EXPORT AudioParametricEQ6 final : public EqVariant<AudioParametricEQ, 6> {
 public:
-    explicit AudioParametricEQ6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+    explicit AudioParametricEQ6(audioMasterCallback audioMaster);
+    ~AudioParametricEQ6() override;
 };
 class AF_EXPORT AudioParametricEQ16 final : public EqVariant<AudioParametricEQ, 16> {
 public:
-    explicit AudioParametricEQ16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+    explicit AudioParametricEQ16(audioMasterCallback audioMaster);
+    ~AudioParametricEQ16() override;
 };
 
 }  // namespace AF

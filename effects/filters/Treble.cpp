@@ -18,6 +18,25 @@ constexpr ShelfShape kTrebleShape{
 AudioTreble::AudioTreble(unsigned channels, audioMasterCallback audioMaster)
     : AudioShelf(channels, audioMaster, kTrebleShape) {}
 
+AudioTreble::~AudioTreble() = default;
+
+template class EqVariant<AudioTreble, 1>;
+template class EqVariant<AudioTreble, 2>;
+template class EqVariant<AudioTreble, 4>;
+template class EqVariant<AudioTreble, 6>;
+template class EqVariant<AudioTreble, 16>;
+
+AudioTreble1::AudioTreble1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioTreble1::~AudioTreble1() = default;
+AudioTreble2::AudioTreble2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioTreble2::~AudioTreble2() = default;
+AudioTreble4::AudioTreble4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioTreble4::~AudioTreble4() = default;
+AudioTreble6::AudioTreble6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioTreble6::~AudioTreble6() = default;
+AudioTreble16::AudioTreble16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioTreble16::~AudioTreble16() = default;
+
 AudioEffect* createTreble(unsigned channels, audioMasterCallback audioMaster) {
     switch (channels) {
         case 1: return new (std::nothrow) AudioTreble1(audioMaster);
