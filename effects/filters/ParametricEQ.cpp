@@ -18,7 +18,7 @@ constexpr double kCenterCeiling = 0.9904166;  // span + floor, the top of the ho
 constexpr double kWidthSpan = 19.9;
 constexpr double kWidthFloor = 0.1;
 constexpr double kBoostRangeDb = 48.0;         // normalised 0..1 spans -24..+24 dB
-constexpr double kDecibelsToExponent = 0.025;  // 10^(dB / 40): amplitude of the half-way shelf
+constexpr double kDecibelsToExponent = 0.025;  // A = 10^(dB / 40); the bell peaks at A^2, the full dB
 
 constexpr ParameterRow kRows[] = {
     {"$$$/Korvex/AudioFilters/Center=Center", kHertzLabelKey, 0.25f},
