@@ -124,6 +124,35 @@ TYPED_TEST(EqBadInputTest, EmptyAndNegativeCallsTouchNothing) {
     EXPECT_TRUE(sameChannels(actual, expected)) << "the history was left alone";
 }
 
+TYPED_TEST(EqBadInputTest, AnEmptyCallStillRefreshesTheCoefficients) {
+    // The refresh runs before the frame count is looked at. Seen from outside:
+    // after an empty call has applied other values, storing the reset markers
+    // again is a change, so the next call computes coefficients from them
+    // instead of running on the initial zeros.
+    const unsigned channels = channelsOf<TypeParam>();
+    const bool peaking = familyOf<TypeParam>() == eqref::Family::parametricEq;
+    const Channels input = taggedSignal(channels, 32);
+    auto rig = makeRig<TypeParam>();
+    eqref::Model model = eqref::Model::make(familyOf<TypeParam>(), channels);
+    const std::vector<float> applied = peaking ? std::vector<float>{0.3f, 0.2f, 0.9f} : std::vector<float>{0.9f};
+    const std::vector<float> markers = peaking ? std::vector<float>{-1.0f, -1.0f, 0.0f} : std::vector<float>{-1.0f};
+    for (std::size_t i = 0; i < applied.size(); ++i) {
+        rig->setParameter(static_cast<int>(i), applied[i]);
+        model.setParameter(static_cast<int>(i), applied[i]);
+    }
+    Channels actual = input, expected = input;
+    rig->call(false, actual, actual, 0, 0);
+    model.run(input, expected, 0, 0, false);
+    for (std::size_t i = 0; i < markers.size(); ++i) {
+        rig->setParameter(static_cast<int>(i), markers[i]);
+        model.setParameter(static_cast<int>(i), markers[i]);
+    }
+    rig->call(false, actual, actual, 0, 32);
+    model.run(input, expected, 0, 32, false);
+    EXPECT_TRUE(sameChannels(actual, expected));
+    EXPECT_FALSE(sameSample(actual[0][0], 1e-25f)) << "zero coefficients would give the bias alone";
+}
+
 TYPED_TEST(EqBadInputTest, NullBuffersAreHarmless) {
     const unsigned channels = channelsOf<TypeParam>();
     auto rig = makeRig<TypeParam>();
