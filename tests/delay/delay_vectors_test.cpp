@@ -1,103 +1,22 @@
-// The delay families against the reference outputs in tests/data/vectors:
-// created by the family creators, driven only through the plug-in record as a
-// host does (open, sample rate, block size, resume, processReplacing in place
-// per block, close), outputs compared bit for bit.
+// The delay families against the reference outputs in tests/data/vectors,
+// made by the family creators in this process and driven only through the
+// plug-in record as a host does (open, sample rate, block size, resume,
+// processReplacing in place per block, close), outputs compared bit for bit.
+// The module-level vector test reaches the same files through dlopen and the
+// registered factory; this one pins the creators themselves.
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "AudioEffect.h"
 #include "host/Factory.h"
+#include "support/ReferenceVectors.h"
 
 namespace {
-
-std::string readWholeFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-// Just enough JSON for the vector files: the value after "key": as a number,
-// an array of numbers or an array of strings.
-std::size_t valueStart(const std::string& json, const std::string& key) {
-    const std::size_t at = json.find("\"" + key + "\"");
-    if (at == std::string::npos) return std::string::npos;
-    return json.find(':', at) + 1;
-}
-
-double numberField(const std::string& json, const std::string& key) {
-    const std::size_t at = valueStart(json, key);
-    return at == std::string::npos ? std::nan("") : std::strtod(json.c_str() + at, nullptr);
-}
-
-std::vector<long> integerArray(const std::string& json, const std::string& key) {
-    std::vector<long> values;
-    std::size_t at = valueStart(json, key);
-    if (at == std::string::npos) return values;
-    at = json.find('[', at) + 1;
-    const std::size_t end = json.find(']', at);
-    std::istringstream items(json.substr(at, end - at));
-    std::string item;
-    while (std::getline(items, item, ',')) values.push_back(std::stol(item));
-    return values;
-}
-
-std::vector<std::string> stringArray(const std::string& json, const std::string& key) {
-    std::vector<std::string> values;
-    std::size_t at = valueStart(json, key);
-    if (at == std::string::npos) return values;
-    at = json.find('[', at) + 1;
-    const std::size_t end = json.find(']', at);
-    while (true) {
-        const std::size_t open = json.find('"', at);
-        if (open == std::string::npos || open > end) break;
-        const std::size_t close = json.find('"', open + 1);
-        values.push_back(json.substr(open + 1, close - open - 1));
-        at = close + 1;
-    }
-    return values;
-}
-
-std::vector<float> decodeFloats(const std::string& base64) {
-    auto sextet = [](char c) -> int {
-        if (c >= 'A' && c <= 'Z') return c - 'A';
-        if (c >= 'a' && c <= 'z') return c - 'a' + 26;
-        if (c >= '0' && c <= '9') return c - '0' + 52;
-        if (c == '+') return 62;
-        if (c == '/') return 63;
-        return -1;
-    };
-    std::vector<unsigned char> bytes;
-    unsigned accumulator = 0;
-    int bits = 0;
-    for (const char c : base64) {
-        const int value = sextet(c);
-        if (value < 0) continue;  // padding
-        accumulator = (accumulator << 6) | static_cast<unsigned>(value);
-        bits += 6;
-        if (bits >= 8) {
-            bits -= 8;
-            bytes.push_back(static_cast<unsigned char>((accumulator >> bits) & 0xFFu));
-        }
-    }
-    std::vector<float> samples(bytes.size() / 4);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const std::uint32_t bitsLE = static_cast<std::uint32_t>(bytes[4 * i]) |
-                                     (static_cast<std::uint32_t>(bytes[4 * i + 1]) << 8) |
-                                     (static_cast<std::uint32_t>(bytes[4 * i + 2]) << 16) |
-                                     (static_cast<std::uint32_t>(bytes[4 * i + 3]) << 24);
-        samples[i] = std::bit_cast<float>(bitsLE);
-    }
-    return samples;
-}
 
 struct VectorCase {
     const char* file;
@@ -110,24 +29,17 @@ class DelayReferenceVectors : public ::testing::TestWithParam<VectorCase> {};
 
 TEST_P(DelayReferenceVectors, MatchBitForBit) {
     const VectorCase& vector = GetParam();
-    const std::string json = readWholeFile(std::string(AF_TEST_DATA_DIR) + "/vectors/" + vector.file);
-    ASSERT_FALSE(json.empty()) << vector.file;
-    ASSERT_NE(json.find(vector.identifier), std::string::npos);
-    ASSERT_EQ(numberField(json, "channels"), static_cast<double>(vector.channels));
-    const float sampleRate = static_cast<float>(numberField(json, "sampleRate"));
-    const auto blockSize = static_cast<VstIntPtr>(numberField(json, "blockSize"));
-    const std::vector<long> blocks = integerArray(json, "blocks");
-    const std::vector<std::string> inputs = stringArray(json, "input_f32le_b64");
-    const std::vector<std::string> expected = stringArray(json, "expected_f32le_b64");
-    ASSERT_EQ(inputs.size(), vector.channels);
-    ASSERT_EQ(expected.size(), vector.channels);
+    std::string error;
+    const auto loaded = aftest::loadReferenceVector(aftest::referenceVectorDirectory() + "/" + vector.file, &error);
+    ASSERT_TRUE(loaded) << vector.file << ": " << error;
+    ASSERT_EQ(loaded->identifier, vector.identifier);
+    ASSERT_EQ(loaded->channels, static_cast<int>(vector.channels));
+    const float sampleRate = loaded->sampleRate;
+    const auto blockSize = static_cast<VstIntPtr>(loaded->blockSize);
+    const std::vector<int>& blocks = loaded->blocks;
+    const aftest::Channels& input = loaded->input;
+    const aftest::Channels& want = loaded->expected;
     ASSERT_FALSE(blocks.empty());
-
-    std::vector<std::vector<float>> input, want;
-    for (unsigned c = 0; c < vector.channels; ++c) {
-        input.push_back(decodeFloats(inputs[c]));
-        want.push_back(decodeFloats(expected[c]));
-    }
 
     AudioEffect* effect = vector.create(vector.channels, nullptr);
     ASSERT_NE(effect, nullptr);
@@ -139,7 +51,7 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
 
     std::size_t start = 0;
     int mismatches = 0;
-    for (const long frames : blocks) {
+    for (const int frames : blocks) {
         std::vector<std::vector<float>> io(vector.channels);
         std::vector<float*> pointers(vector.channels);
         for (unsigned c = 0; c < vector.channels; ++c) {
@@ -149,7 +61,7 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
         }
         record->processReplacing(record, pointers.data(), pointers.data(), static_cast<VstInt32>(frames));
         for (unsigned c = 0; c < vector.channels; ++c)
-            for (long i = 0; i < frames; ++i) {
+            for (int i = 0; i < frames; ++i) {
                 const float got = io[c][static_cast<std::size_t>(i)];
                 const float expect = want[c][start + static_cast<std::size_t>(i)];
                 // Bit patterns: the vectors are exact; any NaN matches any NaN.
