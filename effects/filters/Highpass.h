@@ -1,0 +1,33 @@
+#pragma once
+// The fourth-order high-pass: passes what lies above the cutoff,
+// one parameter "Cutoff" (see TwoSectionFilter.h).
+#include "TwoSectionFilter.h"
+
+namespace AF {
+
+class AF_EXPORT AudioHighpass : public CascadeFamily<CascadeResponse::Highpass> {
+public:
+    using CascadeFamily::CascadeFamily;
+};
+
+class AF_EXPORT AudioHighpass1 final : public CascadeVariant<AudioHighpass, 1> {
+public:
+    explicit AudioHighpass1(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+};
+
+class AF_EXPORT AudioHighpass2 final : public CascadeVariant<AudioHighpass, 2> {
+public:
+    explicit AudioHighpass2(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+};
+
+class AF_EXPORT AudioHighpass6 final : public CascadeVariant<AudioHighpass, 6> {
+public:
+    explicit AudioHighpass6(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+};
+
+class AF_EXPORT AudioHighpass16 final : public CascadeVariant<AudioHighpass, 16> {
+public:
+    explicit AudioHighpass16(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+};
+
+}  // namespace AF
