@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Builds and runs every test: a Release build, then the same suite under the
+# address and undefined-behaviour sanitizers.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/ensure-deps.sh
+jobs=$(nproc 2>/dev/null || echo 2)
+
+run_suite() {  # build folder, extra CMake arguments...
+  local folder=$1; shift
+  echo "== Building $folder"
+  cmake -S . -B "$folder" -DAF_BUILD_BENCH=OFF "$@" >"$folder.configure.log" 2>&1 || { cat "$folder.configure.log"; exit 1; }
+  cmake --build "$folder" -j"$jobs"
+  echo "== Testing $folder"
+  ctest --test-dir "$folder" -j"$jobs" --output-on-failure --timeout 900
+}
+
+run_suite build -DCMAKE_BUILD_TYPE=Release
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DAF_SANITIZE=ON
+echo "All tests passed (Release and sanitizers)."
