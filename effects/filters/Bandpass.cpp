@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "Factory.h"
+#include "host/Factory.h"
 
 namespace AF {
 

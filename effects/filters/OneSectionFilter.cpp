@@ -1,6 +1,6 @@
 #include "OneSectionFilter.h"
 
-#include "Localized.h"
+#include "host/Localized.h"
 
 namespace AF {
 

@@ -1,6 +1,6 @@
 #include "TwoSectionFilter.h"
 
-#include "Localized.h"
+#include "host/Localized.h"
 
 namespace AF {
 

@@ -16,7 +16,7 @@
 #include "AudioEffectX.h"
 #include "ChannelOrder.h"
 #include "CutoffMapping.h"
-#include "FamilyShape.h"
+#include "host/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
