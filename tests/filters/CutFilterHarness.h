@@ -8,6 +8,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "CutFilterReference.h"
@@ -71,7 +73,18 @@ struct Record {
     void resume() { e->dispatcher(e, 12, 0, 1, nullptr, 0.0f); }
     void setProgram(VstIntPtr p) { e->dispatcher(e, 2, 0, p, nullptr, 0.0f); }
     VstIntPtr getProgram() { return e->dispatcher(e, 3, 0, 0, nullptr, 0.0f); }
-    void display(VstInt32 i, char* text) { e->dispatcher(e, 7, i, 0, text, 0.0f); }
+    // Name (8), label (6), display (7) or program name (5) into a buffer of
+    // 'x' characters, so a call that writes nothing is visible.
+    std::string text(VstInt32 opcode, VstInt32 index) {
+        char buffer[64];
+        std::memset(buffer, 'x', sizeof buffer);
+        buffer[63] = 0;
+        e->dispatcher(e, opcode, index, 0, buffer, 0.0f);
+        return buffer;
+    }
+    std::string name(VstInt32 i) { return text(8, i); }
+    std::string label(VstInt32 i) { return text(6, i); }
+    std::string display(VstInt32 i) { return text(7, i); }
     void close() { e->dispatcher(e, 1, 0, 0, nullptr, 0.0f); }
 };
 
