@@ -24,6 +24,15 @@ constexpr double kTiny = 1.0000000195414814e-25;         // 1e-25f
 constexpr double kQSpanFloat = 9.899999618530273;        // 9.9f
 constexpr double kQFloorFloat = 0.10000000149011612;     // 0.1f
 
+// The spelled-out doubles are exactly the float constants they stand for.
+static_assert(kSpan099Float == static_cast<double>(0.99f));
+static_assert(kFloorFloat == static_cast<double>(0.000416666f));
+static_assert(kMaxFractionFloat == static_cast<double>(0.99041665f));
+static_assert(kTiny == static_cast<double>(1e-25f));
+static_assert(kQSpanFloat == static_cast<double>(9.9f));
+static_assert(kQFloorFloat == static_cast<double>(0.1f));
+static_assert(kPiAsFloat == static_cast<double>(3.14159265358979323846f));
+
 enum class Kind { Highpass, Lowpass, Bandpass, Notch };
 
 constexpr bool isCascade(Kind k) { return k == Kind::Highpass || k == Kind::Lowpass; }
