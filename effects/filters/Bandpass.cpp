@@ -6,6 +6,25 @@
 
 namespace AF {
 
+AudioBandpass::AudioBandpass(unsigned channels, audioMasterCallback audioMaster) : SectionFamily(channels, audioMaster) {}
+AudioBandpass::~AudioBandpass() = default;
+
+template class SectionVariant<AudioBandpass, 1>;
+AudioBandpass1::AudioBandpass1(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandpass1::~AudioBandpass1() = default;
+
+template class SectionVariant<AudioBandpass, 2>;
+AudioBandpass2::AudioBandpass2(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandpass2::~AudioBandpass2() = default;
+
+template class SectionVariant<AudioBandpass, 6>;
+AudioBandpass6::AudioBandpass6(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandpass6::~AudioBandpass6() = default;
+
+template class SectionVariant<AudioBandpass, 16>;
+AudioBandpass16::AudioBandpass16(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandpass16::~AudioBandpass16() = default;
+
 AudioEffect* createBandpass(unsigned channels, audioMasterCallback audioMaster) {
     switch (channels) {
         case 1: return new (std::nothrow) AudioBandpass1(audioMaster);

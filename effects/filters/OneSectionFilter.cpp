@@ -18,6 +18,9 @@ SectionFamily<Response>::SectionFamily(unsigned channels, audioMasterCallback au
     history.Zero();
 }
 
+template <SectionResponse Response>
+SectionFamily<Response>::~SectionFamily() = default;
+
 // A program resets centre and Q only; the memory is kept and the host is not
 // told (the reset goes through setParameter, not the automated setter).
 template <SectionResponse Response>

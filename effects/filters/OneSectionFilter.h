@@ -122,6 +122,7 @@ public:
     static constexpr SectionResponse kResponse = Response;
 
     SectionFamily(unsigned channels, audioMasterCallback audioMaster);
+    ~SectionFamily() override;
 
     void setProgram(VstInt32 program) override;
     void setParameter(VstInt32 index, float value) override;
@@ -164,57 +165,73 @@ protected:
 template <class Family, unsigned Channels>
 class AF_EXPORT SectionVariant : public Family {
 public:
-    explicit SectionVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-        configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
-    }
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        run<false>(inputs, outputs, sampleFrames);
-    }
+    explicit SectionVariant(audioMasterCallback audioMaster);
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     // Adds the filtered signal into what the outputs hold.
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        run<true>(inputs, outputs, sampleFrames);
-    }
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
 
 private:
     template <bool Accumulate>
-    void run(float** inputs, float** outputs, VstInt32 frames) noexcept {
-        constexpr SectionResponse response = Family::kResponse;
-        std::array<float*, Channels> memory{};
-        const bool usable = loadMemory(memory, inputs, outputs);
-        if (!usable) frames = 0;  // still refreshes, as a call of no frames does
-        std::array<SectionHistory, Channels> h{};
-        for (unsigned c = 0; c < Channels && usable; ++c) h[c] = {memory[c][0], memory[c][1], memory[c][2], memory[c][3]};
-        SectionDesign d;
-        forEachSampleInChannelOrder<Channels>(
-            frames,
-            [&] {
-                this->refreshDesign();
-                d = this->design;
-            },
-            [&](unsigned c, VstInt32 n) {
-                const float x = inputs[c][n];  // read before the write: in place is safe
-                const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
-                if constexpr (Accumulate)
-                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-                else
-                    outputs[c][n] = y;
-            });
-        for (unsigned c = 0; c < Channels && usable; ++c) {
-            memory[c][0] = h[c].x1;
-            memory[c][1] = h[c].x2;
-            memory[c][2] = h[c].y1;
-            memory[c][3] = h[c].y2;
-        }
-    }
-
-    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept {
-        if (inputs == nullptr || outputs == nullptr) return false;
-        for (unsigned c = 0; c < Channels; ++c) {
-            memory[c] = this->history.GetChannel(static_cast<int>(c));
-            if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
-        }
-        return true;
-    }
+    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
+    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
 };
+
+template <class Family, unsigned Channels>
+SectionVariant<Family, Channels>::SectionVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
+    configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
+}
+
+template <class Family, unsigned Channels>
+void SectionVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<false>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+void SectionVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<true>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+template <bool Accumulate>
+void SectionVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
+    constexpr SectionResponse response = Family::kResponse;
+    std::array<float*, Channels> memory{};
+    const bool usable = loadMemory(memory, inputs, outputs);
+    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
+    std::array<SectionHistory, Channels> h{};
+    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = {memory[c][0], memory[c][1], memory[c][2], memory[c][3]};
+    SectionDesign d;
+    forEachSampleInChannelOrder<Channels>(
+        frames,
+        [&] {
+            this->refreshDesign();
+            d = this->design;
+        },
+        [&](unsigned c, VstInt32 n) {
+            const float x = inputs[c][n];  // read before the write: in place is safe
+            const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
+            if constexpr (Accumulate)
+                outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+            else
+                outputs[c][n] = y;
+        });
+    for (unsigned c = 0; c < Channels && usable; ++c) {
+        memory[c][0] = h[c].x1;
+        memory[c][1] = h[c].x2;
+        memory[c][2] = h[c].y1;
+        memory[c][3] = h[c].y2;
+    }
+}
+
+template <class Family, unsigned Channels>
+bool SectionVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
+                                             float** outputs) noexcept {
+    if (inputs == nullptr || outputs == nullptr) return false;
+    for (unsigned c = 0; c < Channels; ++c) {
+        memory[c] = this->history.GetChannel(static_cast<int>(c));
+        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
+    }
+    return true;
+}
 
 }  // namespace AF

@@ -16,6 +16,9 @@ CascadeFamily<Response>::CascadeFamily(unsigned channels, audioMasterCallback au
     history.Zero();
 }
 
+template <CascadeResponse Response>
+CascadeFamily<Response>::~CascadeFamily() = default;
+
 // A program is a reset of the cutoff only; the memory is kept and the host is
 // not told (the reset goes through setParameter, not the automated setter).
 template <CascadeResponse Response>

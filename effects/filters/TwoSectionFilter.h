@@ -113,6 +113,7 @@ public:
     static constexpr CascadeResponse kResponse = Response;
 
     CascadeFamily(unsigned channels, audioMasterCallback audioMaster);
+    ~CascadeFamily() override;
 
     void setProgram(VstInt32 program) override;
     void setParameter(VstInt32 index, float value) override;
@@ -153,52 +154,15 @@ protected:
 template <class Family, unsigned Channels>
 class AF_EXPORT CascadeVariant : public Family {
 public:
-    explicit CascadeVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-        configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
-    }
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        run<false>(inputs, outputs, sampleFrames);
-    }
+    explicit CascadeVariant(audioMasterCallback audioMaster);
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     // Adds the filtered signal into what the outputs hold.
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override {
-        run<true>(inputs, outputs, sampleFrames);
-    }
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
 
 private:
     template <bool Accumulate>
-    void run(float** inputs, float** outputs, VstInt32 frames) noexcept {
-        constexpr CascadeResponse response = Family::kResponse;
-        std::array<float*, Channels> memory{};
-        const bool usable = loadMemory(memory, inputs, outputs);
-        if (!usable) frames = 0;  // still refreshes, as a call of no frames does
-        std::array<CascadeHistory, Channels> h{};
-        for (unsigned c = 0; c < Channels && usable; ++c) h[c] = load(memory[c]);
-        CascadeDesign d;
-        forEachSampleInChannelOrder<Channels>(
-            frames,
-            [&] {
-                this->refreshDesign();
-                d = this->design;
-            },
-            [&](unsigned c, VstInt32 n) {
-                const float x = inputs[c][n];  // read before the write: in place is safe
-                const float y = cascadeStep<response>(d, h[c], x, cascadeOffset<response>(frames, n));
-                if constexpr (Accumulate)
-                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-                else
-                    outputs[c][n] = y;
-            });
-        for (unsigned c = 0; c < Channels && usable; ++c) store(h[c], memory[c]);
-    }
-
-    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept {
-        if (inputs == nullptr || outputs == nullptr) return false;
-        for (unsigned c = 0; c < Channels; ++c) {
-            memory[c] = this->history.GetChannel(static_cast<int>(c));
-            if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
-        }
-        return true;
-    }
+    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
+    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
     static CascadeHistory load(const float* m) noexcept { return {m[0], m[1], m[2], m[3], m[4], m[5]}; }
     static void store(const CascadeHistory& h, float* m) noexcept {
         m[0] = h.x1;
@@ -209,5 +173,58 @@ private:
         m[5] = h.y2;
     }
 };
+
+template <class Family, unsigned Channels>
+CascadeVariant<Family, Channels>::CascadeVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
+    configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
+}
+
+template <class Family, unsigned Channels>
+void CascadeVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<false>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+void CascadeVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<true>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+template <bool Accumulate>
+void CascadeVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
+    constexpr CascadeResponse response = Family::kResponse;
+    std::array<float*, Channels> memory{};
+    const bool usable = loadMemory(memory, inputs, outputs);
+    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
+    std::array<CascadeHistory, Channels> h{};
+    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = load(memory[c]);
+    CascadeDesign d;
+    forEachSampleInChannelOrder<Channels>(
+        frames,
+        [&] {
+            this->refreshDesign();
+            d = this->design;
+        },
+        [&](unsigned c, VstInt32 n) {
+            const float x = inputs[c][n];  // read before the write: in place is safe
+            const float y = cascadeStep<response>(d, h[c], x, cascadeOffset<response>(frames, n));
+            if constexpr (Accumulate)
+                outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+            else
+                outputs[c][n] = y;
+        });
+    for (unsigned c = 0; c < Channels && usable; ++c) store(h[c], memory[c]);
+}
+
+template <class Family, unsigned Channels>
+bool CascadeVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
+                                             float** outputs) noexcept {
+    if (inputs == nullptr || outputs == nullptr) return false;
+    for (unsigned c = 0; c < Channels; ++c) {
+        memory[c] = this->history.GetChannel(static_cast<int>(c));
+        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
+    }
+    return true;
+}
 
 }  // namespace AF
