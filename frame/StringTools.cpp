@@ -14,9 +14,17 @@ char* vst_strncpy(char* dst, const char* src, VstInt32 maxLen) {
     return dst;
 }
 
+// The append is bounded by the room left before index maxLen, so nothing is
+// written past dst[maxLen]: the visible text is the same as appending up to
+// maxLen characters and then cutting at the limit.
 char* vst_strncat(char* dst, const char* src, VstInt32 maxLen) {
     if (dst == nullptr || src == nullptr || maxLen < 0) return dst;
-    std::strncat(dst, src, static_cast<std::size_t>(maxLen));
+    const std::size_t limit = static_cast<std::size_t>(maxLen);
+    const void* end = std::memchr(dst, 0, limit);
+    if (end != nullptr) {
+        const std::size_t length = static_cast<std::size_t>(static_cast<const char*>(end) - dst);
+        std::strncat(dst, src, limit - length);
+    }
     dst[maxLen] = 0;
     return dst;
 }
