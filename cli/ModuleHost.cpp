@@ -30,12 +30,6 @@ VstIntPtr hostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, fl
     return opcode == kAudioMasterVersion ? kHostInterfaceVersion : 0;
 }
 
-// The record is the object's embedded member: reaching it reads an address and
-// calls nothing in the module (the factory hands out only the C++ object).
-struct RecordOf : AudioEffect {
-    static AEffect* of(AudioEffect* effect) { return &(effect->*(&RecordOf::cEffect)); }
-};
-
 }  // namespace
 
 Effect::~Effect() {
@@ -111,7 +105,9 @@ std::unique_ptr<Effect> ModuleHost::create(const ML::VSTAudioFilterRegistry::Reg
     ML::VSTPropertySupportMixin* properties = nullptr;
     AudioEffect* object = registration.factory(registration.id, hostCallback, &properties);
     if (object == nullptr) return nullptr;
-    AEffect* record = RecordOf::of(object);
+    // The factory hands out the C++ object; its record comes from the one accessor
+    // every host uses, and from then on only the record is driven.
+    AEffect* record = object->getAeffect();
     if (record->magic != kEffectMagic || record->object != object)
         throw RunError(std::string("the effect made for '") + registration.id.c_str() +
                        "' carries no valid plug-in record");

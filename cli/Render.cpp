@@ -44,7 +44,10 @@ void describe(const Chain& chain) {
 
 std::string peakList(const std::vector<float>& peaks) {
     std::string text;
-    for (float peak : peaks) text += (text.empty() ? "" : " ") + decibelsFullScale(peak);
+    for (float peak : peaks) {
+        if (!text.empty()) text += ' ';
+        text += decibelsFullScale(peak);
+    }
     return text;
 }
 
