@@ -10,6 +10,7 @@
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "effects/filters/ChannelOrder.h"
+#include "effects/filters/VectorPath.h"
 #include "host/FamilyShape.h"
 
 namespace AF {
@@ -43,13 +44,125 @@ constexpr VstInt32 eqUniqueId(unsigned channels) {
     }
 }
 
+// Several channels per instruction. A lane holds one channel; the doubles
+// hold exactly the floats the plain loop converts (float to double is exact),
+// and every rounding to float is a lane-wise conversion like the plain one.
+// -ffp-contract=off keeps each product and sum a separate rounding, as in the
+// plain loop, so each lane reproduces that channel's samples bit for bit.
+typedef double EqLanesD2 __attribute__((vector_size(16)));
+typedef float EqLanesF2 __attribute__((vector_size(8)));
+typedef double EqLanesD4 __attribute__((vector_size(32)));
+typedef float EqLanesF4 __attribute__((vector_size(16)));
+
+template <unsigned Width> struct EqLaneTypes;
+template <> struct EqLaneTypes<2> {
+    using D = EqLanesD2;
+    using F = EqLanesF2;
+};
+template <> struct EqLaneTypes<4> {
+    using D = EqLanesD4;
+    using F = EqLanesF4;
+};
+
+// The state of `Width` channels starting at `first`, and one frame of them.
+template <unsigned Width, class Section>
+struct EqLaneGroup {
+    using D = typename EqLaneTypes<Width>::D;
+    using F = typename EqLaneTypes<Width>::F;
+    D x1, x2, y1, y2;
+
+    [[gnu::always_inline]] inline void load(const EqHistory* history) {
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            x1[lane] = history[lane].x1;
+            x2[lane] = history[lane].x2;
+            y1[lane] = history[lane].y1;
+            y2[lane] = history[lane].y2;
+        }
+    }
+    [[gnu::always_inline]] inline void store(EqHistory* history) const {
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            history[lane].x1 = static_cast<float>(x1[lane]);  // exact: the lanes hold floats
+            history[lane].x2 = static_cast<float>(x2[lane]);
+            history[lane].y1 = static_cast<float>(y1[lane]);
+            history[lane].y2 = static_cast<float>(y2[lane]);
+        }
+    }
+    template <EqMode Mode>
+    [[gnu::always_inline]] inline void step(const D* c, float* const* inputs, float* const* outputs,
+                                            VstInt32 frame) {
+        F input;
+        for (unsigned lane = 0; lane < Width; ++lane) input[lane] = inputs[lane][frame];
+        const D x = __builtin_convertvector(input, D);
+        D sum;
+        Section::sum(sum, c, x, x1, x2, y1, y2);
+        const D bias = D{} + static_cast<double>(kEqAntiDenormal);
+        const F y = __builtin_convertvector(sum + bias, F);
+        y2 = y1;
+        y1 = __builtin_convertvector(y, D);
+        x2 = x1;
+        x1 = x;
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            float& out = outputs[lane][frame];
+            if constexpr (Mode == EqMode::accumulate) out = out + y[lane];
+            else out = y[lane];
+        }
+    }
+};
+
+// All channels of a call, `Width` at a time (a pair for what is left over),
+// every group advancing one frame before the next frame so that the groups'
+// independent recursions overlap in the pipeline.
+template <unsigned Channels, unsigned Width, EqMode Mode, class Section>
+[[gnu::always_inline]] inline void runEqLanes(std::array<EqHistory, Channels>& history, float** inputs,
+                                              float** outputs, VstInt32 frames, const float* coefficients) {
+    constexpr unsigned kGroups = Channels / Width;
+    constexpr bool kPair = Channels % Width == 2;
+    static_assert(Channels % Width == 0 || kPair, "channel count not covered by the lanes");
+    using Wide = EqLaneGroup<Width, Section>;
+    using Pair = EqLaneGroup<2, Section>;
+    typename Wide::D wideC[Section::kCoefficients];
+    typename Pair::D pairC[Section::kCoefficients];
+    for (unsigned i = 0; i < Section::kCoefficients; ++i) {
+        wideC[i] = typename Wide::D{} + static_cast<double>(coefficients[i]);
+        pairC[i] = typename Pair::D{} + static_cast<double>(coefficients[i]);
+    }
+    Wide wide[kGroups > 0 ? kGroups : 1];
+    Pair pair[1];
+    for (unsigned g = 0; g < kGroups; ++g) wide[g].load(&history[g * Width]);
+    if constexpr (kPair) pair[0].load(&history[kGroups * Width]);
+    for (VstInt32 frame = 0; frame < frames; ++frame) {
+        for (unsigned g = 0; g < kGroups; ++g)
+            wide[g].template step<Mode>(wideC, inputs + g * Width, outputs + g * Width, frame);
+        if constexpr (kPair)
+            pair[0].template step<Mode>(pairC, inputs + kGroups * Width, outputs + kGroups * Width, frame);
+    }
+    for (unsigned g = 0; g < kGroups; ++g) wide[g].store(&history[g * Width]);
+    if constexpr (kPair) pair[0].store(&history[kGroups * Width]);
+}
+
+template <unsigned Channels, EqMode Mode, class Section>
+void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, float** outputs, VstInt32 frames,
+                    const float* coefficients) {
+    runEqLanes<Channels, 2, Mode, Section>(history, inputs, outputs, frames, coefficients);
+}
+
+// Compiled for AVX2 on its own; called only where the processor has it.
+template <unsigned Channels, EqMode Mode, class Section>
+__attribute__((target("avx2"))) void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
+                                                    float** outputs, VstInt32 frames, const float* coefficients) {
+    runEqLanes<Channels, 4, Mode, Section>(history, inputs, outputs, frames, coefficients);
+}
+
 // One call of an equaliser: `refresh()` brings the coefficients up to date (once,
 // or before each channel's pass for sixteen channels), `kernel(history, input)`
 // returns one output sample and moves that channel's memory on by one frame.
 // The memory is copied out of the host buffer for the call and back at its end.
-template <unsigned Channels, EqMode Mode, class Refresh, class Kernel>
+// From two channels on, the channels run several per instruction where the
+// processor allows; `Section` gives the section's sum for lanes of doubles and
+// `design()` the coefficients it runs on after the refresh.
+template <unsigned Channels, EqMode Mode, class Section, class Refresh, class Kernel, class Design>
 void runEqBlock(AR::AudioBuffer& memory, float** inputs, float** outputs, VstInt32 frames, Refresh&& refresh,
-                Kernel&& kernel) {
+                Kernel&& kernel, Design&& design) {
     bool usable = inputs != nullptr && outputs != nullptr && memory.GetChannelCount() >= static_cast<int>(Channels);
     for (unsigned channel = 0; usable && channel < Channels; ++channel)
         usable = inputs[channel] != nullptr && outputs[channel] != nullptr;
@@ -61,12 +174,26 @@ void runEqBlock(AR::AudioBuffer& memory, float** inputs, float** outputs, VstInt
         history[channel] = EqHistory{stored[0], stored[1], stored[2], stored[3]};
     }
 
-    forEachSampleInChannelOrder<Channels>(frames, refresh, [&](unsigned channel, VstInt32 frame) {
-        const float y = kernel(history[channel], inputs[channel][frame]);
-        float& out = outputs[channel][frame];
-        if constexpr (Mode == EqMode::accumulate) out = out + y;
-        else out = y;
-    });
+    const VectorPath path = Channels >= 2 ? vectorPath() : VectorPath::scalar;
+    if (path == VectorPath::scalar) {
+        forEachSampleInChannelOrder<Channels>(frames, refresh, [&](unsigned channel, VstInt32 frame) {
+            const float y = kernel(history[channel], inputs[channel][frame]);
+            float& out = outputs[channel][frame];
+            if constexpr (Mode == EqMode::accumulate) out = out + y;
+            else out = y;
+        });
+    } else if constexpr (Channels >= 2) {
+        // One refresh for all channels, also for sixteen, whose plain loop
+        // refreshes before each channel's pass: the two differ only when a host
+        // stores a parameter from another thread during the call, and either
+        // way the change reaches the next call.
+        refresh();
+        const auto coefficients = Section::coefficientArray(design());
+        if (path == VectorPath::avx2)
+            runEqLanesAvx2<Channels, Mode, Section>(history, inputs, outputs, frames, coefficients.data());
+        else
+            runEqLanesSse2<Channels, Mode, Section>(history, inputs, outputs, frames, coefficients.data());
+    }
 
     for (unsigned channel = 0; usable && channel < Channels; ++channel) {
         float* stored = memory.GetChannel(static_cast<int>(channel));
