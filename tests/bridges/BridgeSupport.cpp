@@ -56,7 +56,7 @@ std::string sanitizerPrefix() {
         }
         pclose(pipe);
     }
-    return "LD_PRELOAD=" + quoted(preload) + " ASAN_OPTIONS=detect_leaks=0 ";
+    return "LD_PRELOAD=" + shellQuoted(preload) + " ASAN_OPTIONS=detect_leaks=0 ";
 #else
     return std::string();
 #endif
@@ -77,7 +77,7 @@ std::string scratchFolder(const std::string& name) {
     return folder.string();
 }
 
-std::string quoted(const std::string& text) {
+std::string shellQuoted(const std::string& text) {
     std::string out = "'";
     for (char ch : text) {
         if (ch == '\'') out += "'\\''";
@@ -87,14 +87,14 @@ std::string quoted(const std::string& text) {
 }
 
 bool haveTool(const std::string& tool) {
-    const std::string command = "command -v " + quoted(tool) + " >/dev/null 2>&1";
+    const std::string command = "command -v " + shellQuoted(tool) + " >/dev/null 2>&1";
     return std::system(command.c_str()) == 0;
 }
 
 CommandResult runCommand(const std::string& command) {
     CommandResult result;
-    const std::string full = "LADSPA_PATH=" + quoted(ladspaFolder()) + " LV2_PATH=" + quoted(lv2Folder()) + " " +
-                             sanitizerPrefix() + "sh -c " + quoted(command) + " 2>&1";
+    const std::string full = "LADSPA_PATH=" + shellQuoted(ladspaFolder()) + " LV2_PATH=" + shellQuoted(lv2Folder()) + " " +
+                             sanitizerPrefix() + "sh -c " + shellQuoted(command) + " 2>&1";
     FILE* pipe = popen(full.c_str(), "r");
     if (pipe == nullptr) return result;
     std::array<char, 4096> chunk{};

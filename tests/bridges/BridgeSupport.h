@@ -42,7 +42,7 @@ struct CommandResult {
 // Runs `command` with sh, with the bridges' search paths set (LADSPA_PATH,
 // LV2_PATH) and, in sanitizer builds, the sanitizer runtimes preloaded.
 CommandResult runCommand(const std::string& command);
-std::string quoted(const std::string& text);
+std::string shellQuoted(const std::string& text);
 
 // 32-bit float WAV files.
 struct Wav {
