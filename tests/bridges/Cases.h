@@ -1,6 +1,7 @@
 #pragma once
 // The effects the bridge tests render, with control values in display units
 // for every parameter (hosts pass every control, so the tests name them all).
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,9 @@ struct RenderCase {
     std::string identifier;
     std::vector<float> controls;  // by parameter index, display units (Hz, dB, s, %)
 };
+
+// Test names show the identifier, not the bytes of the case.
+inline void PrintTo(const RenderCase& c, std::ostream* out) { *out << c.identifier; }
 
 // Volume at -6 dB, Mute with its second channel toggled, Balance, two filters
 // and a delay. Families not in this build of the module are skipped by name.

@@ -195,15 +195,20 @@ TEST_F(LadspaBridge, MinusSixDecibelsReachTheEffectAsTheConversionSays) {
 }
 
 TEST_F(LadspaBridge, LongBlocksAreProcessedInPlannedChunks) {
-    const LADSPA_Descriptor* d = LadspaLibrary::Get().find("af_volume_stereo");
-    ASSERT_NE(d, nullptr);
-    const Channels input = aftest::taggedNoise(2, 20000, 11);
-    bool ok = false;
-    const Channels out = runLadspa(*d, 48000, {-3.0f}, input, {20000}, Buffers::kSeparate, ok);
-    ASSERT_TRUE(ok);
-    const auto expected = renderDirect("Internal Volume Stereo", 48000.0, {{0, -3.0f}}, input, {8192, 8192, 3616});
-    ASSERT_TRUE(expected);
-    EXPECT_TRUE(aftest::sameBits(*expected, out));
+    for (const RenderCase& c : renderCases()) {
+        if (!effectAvailable(c.identifier)) continue;
+        SCOPED_TRACE(c.identifier);
+        const LADSPA_Descriptor* d = LadspaLibrary::Get().find(expectedLabel(c.identifier));
+        ASSERT_NE(d, nullptr);
+        const Channels input = aftest::taggedNoise(2, 20000, 11);
+        bool ok = false;
+        const Channels out = runLadspa(*d, 48000, c.controls, input, {20000}, Buffers::kSeparate, ok);
+        ASSERT_TRUE(ok);
+        // One host block of 20000 frames reaches the effect as 8192, 8192 and 3616.
+        const auto expected = renderDirect(c.identifier, 48000.0, settingsOf(c.controls), input, {8192, 8192, 3616});
+        ASSERT_TRUE(expected);
+        EXPECT_TRUE(aftest::sameBits(*expected, out));
+    }
 }
 
 // Values a host should not send still reach the effect as the module's own
