@@ -175,7 +175,9 @@ TEST_P(Hosts, Lv2fileIsBitExact) {
     const int frames = 10 * kHostBlock;
     const std::string in = writeInput(folder, input(frames), 44100);
     const std::string out = folder + "/out.wav";
-    std::string command = "lv2file -i " + shellQuoted(in) + " -o " + shellQuoted(out) + " -b " + std::to_string(kHostBlock);
+    // Without --ignore-clipping lv2file clips its output to [-1, 1].
+    std::string command = "lv2file --ignore-clipping -i " + shellQuoted(in) + " -o " + shellQuoted(out) + " -b " +
+                          std::to_string(kHostBlock);
     for (std::size_t k = 0; k < symbols.size(); ++k) {
         command += " -p " + shellQuoted(symbols[k] + ":" + number(GetParam().controls[k]));
     }
@@ -300,12 +302,17 @@ TEST_F(Listings, AnalysepluginAgreesWithTheModule) {
                 EXPECT_TRUE(port.toggled) << port.name;
                 continue;
             }
-            ASSERT_TRUE(port.minimum && port.maximum) << run.output;
-            const double scale = type == ML::VSTPropertySupportMixin::kHertz ? 48000.0 : 1.0;
-            EXPECT_EQ(port.sampleRate, type == ML::VSTPropertySupportMixin::kHertz) << port.name;
+            const bool frequency = type == ML::VSTPropertySupportMixin::kHertz;
+            ASSERT_TRUE(port.minimum) << run.output;
+            const double scale = frequency ? 48000.0 : 1.0;
+            EXPECT_EQ(port.sampleRate, frequency) << port.name;
             // analyseplugin prints six significant digits.
             EXPECT_TRUE(nearlyEqual(minimum, *port.minimum * scale, 1e-5)) << port.name << " " << *port.minimum;
-            EXPECT_TRUE(nearlyEqual(maximum, *port.maximum * scale, 1e-5)) << port.name << " " << *port.maximum;
+            // A frequency declares no upper bound (FFmpeg would compare it without the rate).
+            EXPECT_EQ(port.maximum.has_value(), !frequency) << run.output;
+            if (!frequency && port.maximum) {
+                EXPECT_TRUE(nearlyEqual(maximum, *port.maximum, 1e-5)) << port.name << " " << *port.maximum;
+            }
             EXPECT_TRUE(port.defaultValue.has_value()) << port.name;
         }
     }

@@ -119,15 +119,18 @@ TEST_F(LadspaBridge, PortsFollowThePropertyInterface) {
                 continue;
             }
             EXPECT_TRUE(LADSPA_IS_HINT_BOUNDED_BELOW(hint.HintDescriptor));
-            EXPECT_TRUE(LADSPA_IS_HINT_BOUNDED_ABOVE(hint.HintDescriptor));
             EXPECT_NE(hint.HintDescriptor & LADSPA_HINT_DEFAULT_MASK, 0);
             if (type == ML::VSTPropertySupportMixin::kHertz) {
-                // Frequencies: bounds are fractions of the rate, read here at 48 kHz.
+                // Frequencies: bounds are fractions of the rate, read here at 48 kHz;
+                // only the lower one is declared (FFmpeg would test the upper one unscaled).
+                EXPECT_FALSE(LADSPA_IS_HINT_BOUNDED_ABOVE(hint.HintDescriptor));
                 EXPECT_TRUE(LADSPA_IS_HINT_SAMPLE_RATE(hint.HintDescriptor));
+                EXPECT_TRUE(LADSPA_IS_HINT_LOGARITHMIC(hint.HintDescriptor));
                 EXPECT_FLOAT_EQ(hint.LowerBound * 48000.0f, minimum);
                 EXPECT_FLOAT_EQ(hint.UpperBound * 48000.0f, maximum);
             } else {
                 EXPECT_FALSE(LADSPA_IS_HINT_SAMPLE_RATE(hint.HintDescriptor));
+                EXPECT_TRUE(LADSPA_IS_HINT_BOUNDED_ABOVE(hint.HintDescriptor));
                 EXPECT_EQ(aftest::bits(hint.LowerBound), aftest::bits(minimum));
                 EXPECT_EQ(aftest::bits(hint.UpperBound), aftest::bits(maximum));
             }
