@@ -68,6 +68,10 @@ void audioPort(std::ostream& out, unsigned index, bool input, int channel) {
         << "    ] ;\n";
 }
 
+// A frequency's minimum, maximum and default are all fractions of the rate
+// (lv2:sampleRate). Hosts that take the default as it stands (FFmpeg, lv2file)
+// start such a port at a fraction of a hertz, which the effect clamps to its
+// lowest frequency: give frequencies explicitly there.
 void controlPort(std::ostream& out, unsigned index, const Control& control, bool last) {
     const char* unit = unitTerm(control.unit);
     // With a unit the host shows the unit itself; otherwise the effect's label stays in the name.
