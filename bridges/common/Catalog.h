@@ -1,0 +1,106 @@
+#pragma once
+// What the bridges know of the module: it is loaded the way a host application
+// loads it (dlopen, AF::Startup, the platform registry) and every registered
+// variant is described once, from a throw-away instance, in the terms plug-in
+// standards use: audio ports, and control ports in display units.
+//
+// Where the module is found, in this order:
+//   1. the file named by the environment variable AF_MODULE_PATH;
+//   2. libAudioFilters.so in the folder of the bridge library itself;
+//   3. ../audiofilters/libAudioFilters.so relative to that folder (the
+//      installed layout: lib/ladspa/ beside lib/audiofilters/).
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "AEffect.h"
+#include "ML/VSTAudioFilterRegistry.h"
+#include "ML/VSTPropertySupportMixin.h"
+
+namespace AFBridge {
+
+// Frequencies are described as fractions of this rate; the host scales them
+// back by its own rate.
+inline constexpr double kReferenceRate = 48000.0;
+// The largest block handed to an effect in one call; longer host blocks are
+// processed in successive chunks of this many frames (and a shorter rest).
+inline constexpr std::int32_t kPlannedBlock = 8192;
+
+enum class Unit { None, Decibel, Hertz, Second, Percent };
+
+struct Control {
+    unsigned index = 0;           // the effect's parameter index
+    std::string name;             // the effect's own name, blanks trimmed
+    std::string label;            // the effect's own unit label, blanks trimmed
+    std::string portName;         // "Cutoff (Hz)"
+    std::string symbol;           // "cutoff": lower case, unique within the plug-in
+    ML::VSTPropertySupportMixin::ParameterType type = ML::VSTPropertySupportMixin::kNotAParameter;
+    float minimum = 0.0f;         // display units; fractions of the rate when sampleRateRelative
+    float maximum = 0.0f;
+    float defaultValue = 0.0f;    // the freshly made effect's value, in the same units
+    bool sampleRateRelative = false;  // a frequency whose range follows the rate
+    bool toggled = false;             // a switch: 0 off, 1 on
+    bool logarithmic = false;
+    Unit unit = Unit::None;
+};
+
+struct Plugin {
+    std::string identifier;       // "Internal Highpass Stereo"
+    std::string name;             // "Highpass (Stereo)"
+    std::string label;            // "af_highpass_stereo"
+    std::string slug;             // "highpass-stereo"
+    std::string uri;              // "urn:audiofilters:highpass-stereo"
+    unsigned long uniqueId = 0;   // LADSPA id, see uniqueIdFor
+    int inputs = 0;
+    int outputs = 0;
+    std::vector<Control> controls;
+    bool hasProperties = false;
+    ML::VSTAudioFilterRegistry::Registration registration;
+};
+
+// The loaded module and its plug-ins, built once per process on first use.
+class Catalog {
+public:
+    static const Catalog& Get();
+
+    bool loaded() const { return error_.empty(); }
+    const std::string& error() const { return error_; }
+    const std::string& modulePath() const { return modulePath_; }
+    const std::vector<Plugin>& plugins() const { return plugins_; }
+    const Plugin* findByLabel(const char* label) const;
+    const Plugin* findByUri(const char* uri) const;
+
+    // Loads an explicitly named module (the generator's way); Get() uses the lookup above.
+    static Catalog Load(const std::string& modulePath);
+
+private:
+    Catalog() = default;
+    void describe();
+    std::string error_;
+    std::string modulePath_;
+    std::vector<Plugin> plugins_;
+};
+
+// Pure derivations from the registry identifier, shared by both bridges and
+// by the tests.
+std::string slugFor(const std::string& identifier);     // "Internal Volume 5.1" -> "volume-5-1"
+std::string labelFor(const std::string& identifier);    // -> "af_volume_5_1"
+std::string displayNameFor(const std::string& familyName, const std::string& identifier);
+// LADSPA ids 0xAF0000..0xAFFFFF: 0xAF0000 plus the low 16 bits of the 32-bit
+// FNV-1a hash of the identifier's bytes. Stable across builds and orders.
+unsigned long uniqueIdFor(const std::string& identifier);
+std::string trimmed(const std::string& text);
+
+// A host callback for the bridges' effects: answers 0 to everything.
+VstIntPtr quietHost(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
+
+// One live effect made through the registration's factory, started the way a
+// host starts one (open, rate, block size). Null members when the factory failed.
+struct LiveEffect {
+    AEffect* effect = nullptr;
+    ML::VSTPropertySupportMixin* properties = nullptr;
+};
+LiveEffect makeEffect(const Plugin& plugin, double sampleRate);
+void closeEffect(LiveEffect& live);
+
+}  // namespace AFBridge
