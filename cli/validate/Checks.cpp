@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <limits>
 
 #include "Harness.h"
@@ -480,7 +481,11 @@ void checkDeterminism(Context& context) {
             second.selectProgram(0);
         }
         const int frames = randomBlock(context);
-        const Signal signal = kAllSignals[context.between(0, static_cast<int>(std::size(kAllSignals)) - 1)];
+        // Mostly ordinary signals: a NaN would leave both instances carrying NaN
+        // and hide any difference, so it is rare and a suspend follows it.
+        const bool extreme = context.between(0, 9) == 0;
+        const Signal signal = extreme ? (context.between(0, 1) == 0 ? Signal::Huge : Signal::NotANumber)
+                                      : kAllSignals[context.between(0, 5)];
         const int entry = context.between(0, 2);
         context.setCase("sample rate %g, block %d, block size %d, %s, %s, %s", static_cast<double>(rate), block,
                         frames, signalName(signal),
@@ -521,6 +526,12 @@ void checkDeterminism(Context& context) {
                 }
             }
         }
+        if (signal == Signal::NotANumber) {
+            first.suspend();
+            second.suspend();
+            first.resume();
+            second.resume();
+        }
         position += frames;
     }
 }
@@ -529,15 +540,20 @@ void checkDeterminism(Context& context) {
 
 namespace {
 
+double threadSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
 double medianOf(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
 }
 
 // Median seconds per sample of silence (after noise and 1 s of silence) and of
-// noise, over `runs` alternating measurements.
-void measureSilenceAndNoise(Context& context, Instance& fx, Audio& audio, int runs, double& silence, double& noise) {
-    using Clock = std::chrono::steady_clock;
+// noise over `runs` alternating measurements, and the median of the runs' ratios.
+double measureSilenceAndNoise(Context& context, Instance& fx, Audio& audio, int runs, double& silence, double& noise) {
     constexpr int kBlock = 1024;
     constexpr double kRate = 44100.0;
     constexpr double kMinimumSeconds = 0.004;  // each timed stretch, well above the clock's grain
@@ -553,13 +569,15 @@ void measureSilenceAndNoise(Context& context, Instance& fx, Audio& audio, int ru
     };
     // In place as a host does: the block is copied into the outputs first
     // (the same cost for silence and noise).
+    // The thread's own processor time: time spent descheduled on a busy
+    // machine does not count.
     auto timeBlocks = [&](int blocks) {
-        const auto begin = Clock::now();
+        const double begin = threadSeconds();
         for (int i = 0; i < blocks; ++i) {
             audio.copyInputToOutput(kBlock);
             fx.processReplacing(out, out, kBlock);
         }
-        return std::chrono::duration<double>(Clock::now() - begin).count();
+        return threadSeconds() - begin;
     };
     // Enough blocks that a timed stretch of noise lasts a few milliseconds.
     int blocks = static_cast<int>(kRate / 4 / kBlock) + 1;
@@ -578,6 +596,9 @@ void measureSilenceAndNoise(Context& context, Instance& fx, Audio& audio, int ru
     const double samples = static_cast<double>(blocks) * kBlock * audio.channels;
     silence = medianOf(silent) / samples;
     noise = medianOf(noisy) / samples;
+    std::vector<double> ratios;
+    for (std::size_t run = 0; run < silent.size(); ++run) ratios.push_back(silent[run] / std::max(noisy[run], 1e-12));
+    return medianOf(ratios);
 }
 
 }  // namespace
@@ -595,13 +616,14 @@ void checkTiming(Context& context) {
                     effort.timingRuns, fx.describeParameters().c_str());
     double silence = 0;
     double noise = 0;
-    // A loaded machine can spoil one measurement; a real slow-down shows twice.
+    double ratio = 0;
+    // A loaded machine can spoil one measurement; a real slow-down shows every time.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        measureSilenceAndNoise(context, fx, audio, effort.timingRuns, silence, noise);
-        if (silence <= kAllowedRatio * noise) return;
+        ratio = measureSilenceAndNoise(context, fx, audio, effort.timingRuns, silence, noise);
+        if (ratio <= kAllowedRatio) return;
     }
     char text[200];
-    std::snprintf(text, sizeof text, "silence costs %.1fx noise per sample (%.2f ns versus %.2f ns)", silence / noise,
+    std::snprintf(text, sizeof text, "silence costs %.1fx noise per sample (medians %.2f ns versus %.2f ns)", ratio,
                   silence * 1e9, noise * 1e9);
     context.fail(text);
 }
