@@ -60,7 +60,7 @@ inline float sampleRateFrom(FuzzedDataProvider& input) {
             return kOdd[input.ConsumeIntegralInRange<std::size_t>(0, std::size(kOdd) - 1)];
         }
     }
-    if (rate > 768000.0f) rate = 384000.0f;
+    if (rate > 768000.0f) rate = 48000.0f;
     return rate;
 }
 
