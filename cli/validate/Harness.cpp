@@ -341,6 +341,10 @@ bool canMake(const EffectMaker& maker) {
 Outcome runCheck(Check check, const EffectMaker& maker, const Options& options) {
     Context context(maker, options, check);
     context.setCase("starting");
+    // No sample rate or parameter of a working effect needs a gigabyte at once.
+    constexpr std::size_t kAbsurdBytes = std::size_t{1} << 30;
+    setAllocationLimit(kAbsurdBytes);
+    resetRefusedAllocations();
     switch (check) {
         case Check::Lifecycle: checkLifecycle(context); break;
         case Check::Parameters: checkParameters(context); break;
@@ -352,6 +356,7 @@ Outcome runCheck(Check check, const EffectMaker& maker, const Options& options) 
         case Check::Allocation:
         case Check::Create: break;
     }
+    setAllocationLimit(0);
     return context.outcome();
 }
 

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "AudioEffectX.h"
@@ -153,6 +154,22 @@ private:
         }
     }
     volatile float sink_ = 0.0f;
+};
+
+// Sizes a buffer from the sample rate with an absurd factor: gigabytes.
+class GreedyFake final : public CleanFake {
+public:
+    using CleanFake::CleanFake;
+    ~GreedyFake() override { delete[] line_; }
+    void setSampleRate(float rate) override {
+        CleanFake::setSampleRate(rate);
+        delete[] line_;
+        line_ = nullptr;
+        if (rate > 0.0f && rate < 1e6f) line_ = new (std::nothrow) char[static_cast<std::size_t>(rate) * 100000u];
+    }
+
+private:
+    char* line_ = nullptr;
 };
 
 // Dereferences null when asked for 17 frames.

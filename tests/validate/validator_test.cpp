@@ -103,6 +103,14 @@ TEST(Validator, SlowSilenceFailsTiming) {
     EXPECT_NE(timing->detail.find("silence costs"), std::string::npos) << timing->detail;
 }
 
+TEST(Validator, GigabyteAllocationIsRefusedAndReported) {
+    const auto results = validate(afvtest::makerFor<afvtest::GreedyFake>("greedy"));
+    const CheckResult* allocation = find(results, Check::Allocation);
+    ASSERT_NE(allocation, nullptr);
+    EXPECT_FALSE(allocation->passed);
+    EXPECT_NE(allocation->detail.find("bytes at once (refused)"), std::string::npos) << allocation->detail;
+}
+
 TEST(Validator, CrashIsReportedWithItsCaseAndHidesNothingElse) {
     afv::Options options = quickOptions();
     const auto results = afv::validateIsolated(
