@@ -14,9 +14,17 @@ char* vst_strncpy(char* dst, const char* src, VstInt32 maxLen) {
     return dst;
 }
 
+// Appends only what fits before index maxLen. The C library's bounded append
+// would copy up to maxLen characters after the existing text and its zero
+// could land past the maxLen + 1 bytes the caller provides; the text that ends
+// up in the buffer is the same either way, since index maxLen is forced to 0.
 char* vst_strncat(char* dst, const char* src, VstInt32 maxLen) {
     if (dst == nullptr || src == nullptr || maxLen < 0) return dst;
-    std::strncat(dst, src, static_cast<std::size_t>(maxLen));
+    const std::size_t limit = static_cast<std::size_t>(maxLen);
+    const std::size_t length = strnlen(dst, limit);
+    const std::size_t appended = strnlen(src, limit - length);
+    std::memcpy(dst + length, src, appended);
+    dst[length + appended] = 0;
     dst[maxLen] = 0;
     return dst;
 }
