@@ -181,11 +181,12 @@ bool AudioEffectX::closeFileSelector(VstFileSelect* fileSelect) {
     return fileSelect != nullptr && callHost(46, 0, 0, fileSelect) != 0;
 }
 
+// The host reads the read-source flag from `index` and the option from `value`.
 bool AudioEffectX::offlineRead(VstOfflineTask* offline, VstInt32 option, bool readSource) {
-    return callHost(26, option, readSource ? 1 : 0, offline) != 0;
+    return callHost(26, readSource ? 1 : 0, option, offline) != 0;
 }
 
-bool AudioEffectX::offlineWrite(VstOfflineTask* offline, VstInt32 option) { return callHost(27, option, 0, offline) != 0; }
+bool AudioEffectX::offlineWrite(VstOfflineTask* offline, VstInt32 option) { return callHost(27, 0, option, offline) != 0; }
 
 bool AudioEffectX::offlineStart(VstAudioFile* ptr, VstInt32 numAudioFiles, VstInt32 numNewAudioFiles) {
     return callHost(25, numNewAudioFiles, numAudioFiles, ptr) != 0;

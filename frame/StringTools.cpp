@@ -14,17 +14,17 @@ char* vst_strncpy(char* dst, const char* src, VstInt32 maxLen) {
     return dst;
 }
 
-// Appends only what fits before index maxLen. The C library's bounded append
-// would copy up to maxLen characters after the existing text and its zero
-// could land past the maxLen + 1 bytes the caller provides; the text that ends
-// up in the buffer is the same either way, since index maxLen is forced to 0.
+// The append is bounded by the room left before index maxLen, so nothing is
+// written past dst[maxLen]: the visible text is the same as appending up to
+// maxLen characters and then cutting at the limit.
 char* vst_strncat(char* dst, const char* src, VstInt32 maxLen) {
     if (dst == nullptr || src == nullptr || maxLen < 0) return dst;
     const std::size_t limit = static_cast<std::size_t>(maxLen);
-    const std::size_t length = strnlen(dst, limit);
-    const std::size_t appended = strnlen(src, limit - length);
-    std::memcpy(dst + length, src, appended);
-    dst[length + appended] = 0;
+    const void* end = std::memchr(dst, 0, limit);
+    if (end != nullptr) {
+        const std::size_t length = static_cast<std::size_t>(static_cast<const char*>(end) - dst);
+        std::strncat(dst, src, limit - length);
+    }
     dst[maxLen] = 0;
     return dst;
 }

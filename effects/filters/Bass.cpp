@@ -1,0 +1,49 @@
+#include "effects/filters/Bass.h"
+
+#include <new>
+
+#include "host/Factory.h"
+
+namespace AF {
+
+namespace {
+
+// w = pi 400 / fs puts the corner at 200 Hz; the slope term uses C = 1.5.
+constexpr ShelfShape kBassShape{
+    400.0, 1.5, ShelfKind::low, {{{"$$$/Korvex/AudioFilters/Boost=Boost", kDecibelLabelKey, 0.5f}}}};
+
+}  // namespace
+
+AudioBass::AudioBass(unsigned channels, audioMasterCallback audioMaster)
+    : AudioShelf(channels, audioMaster, kBassShape) {}
+
+AudioBass::~AudioBass() = default;
+
+template class EqVariant<AudioBass, 1>;
+template class EqVariant<AudioBass, 2>;
+template class EqVariant<AudioBass, 4>;
+template class EqVariant<AudioBass, 6>;
+template class EqVariant<AudioBass, 16>;
+
+AudioBass1::AudioBass1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass1::~AudioBass1() = default;
+AudioBass2::AudioBass2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass2::~AudioBass2() = default;
+AudioBass4::AudioBass4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass4::~AudioBass4() = default;
+AudioBass6::AudioBass6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass6::~AudioBass6() = default;
+AudioBass16::AudioBass16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
+AudioBass16::~AudioBass16() = default;
+
+AudioEffect* createBass(unsigned channels, audioMasterCallback audioMaster) {
+    switch (channels) {
+        case 1: return new (std::nothrow) AudioBass1(audioMaster);
+        case 2: return new (std::nothrow) AudioBass2(audioMaster);
+        case 6: return new (std::nothrow) AudioBass6(audioMaster);
+        case 16: return new (std::nothrow) AudioBass16(audioMaster);
+        default: return nullptr;  // the four-channel variant is never registered
+    }
+}
+
+}  // namespace AF

@@ -1,0 +1,112 @@
+#pragma once
+// The one-knob shelving tone control behind Bass and Treble: a second-order
+// shelf per channel with a fixed corner and a boost or cut of up to 24 dB.
+// The two families are the same code with their own constants and texts.
+#include <array>
+#include <atomic>
+
+#include "ML/VSTPropertySupportMixin.h"
+#include "effects/filters/EqSection.h"
+#include "frame/Numeric.h"
+
+namespace AF {
+
+enum class ShelfKind { low, high };
+
+// What tells a bass control from a treble control.
+struct ShelfShape {
+    double cornerScale;  // K: w = pi K / fs, so K / 2 is the corner in Hz
+    double slope;        // C of the slope term built from the angle
+    ShelfKind kind;
+    std::array<ParameterRow, 1> rows;
+};
+
+// The angle and the slope term, which depend on the sample rate only.
+struct ShelfAngle {
+    float w = 0.0f;
+    float beta = 0.0f;
+    float sinW = 0.0f;
+    float cosW = 0.0f;
+};
+
+// Feed-forward c0, c1, c2 and feedback c3, c4 (signs already turned for
+// addition). All start at 0: a host that stores the stale marker before the
+// first buffer gets no computation and a section running on zero coefficients.
+struct ShelfDesign {
+    float c0 = 0.0f;
+    float c1 = 0.0f;
+    float c2 = 0.0f;
+    float c3 = 0.0f;
+    float c4 = 0.0f;
+};
+
+ShelfAngle shelfAngle(const ShelfShape& shape, float sampleRate) noexcept;
+ShelfDesign designShelf(const ShelfShape& shape, float sampleRate, float boost) noexcept;
+
+// One output sample. The input is read again after y is formed, before the
+// caller writes the output, so the same array may be input and output.
+inline float shelfKernel(const ShelfDesign& design, EqHistory& history, const float& input) noexcept {
+    const double c0 = design.c0, c1 = design.c1, c2 = design.c2, c3 = design.c3, c4 = design.c4;
+    const double x = input;
+    const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
+    const double sum = (((c1 * x1 + c0 * x) + c3 * y1) + c2 * x2) + c4 * y2;
+    const float y = toFloat(sum + kEqAntiDenormal);
+    history.y2 = history.y1;
+    history.y1 = y;
+    history.x2 = history.x1;
+    history.x1 = input;
+    return y;
+}
+
+class AF_EXPORT AudioShelf : public AudioEffectX, public ML::VSTPropertySupportMixin {
+public:
+    AudioShelf(unsigned channels, audioMasterCallback audioMaster, const ShelfShape& shape);
+    ~AudioShelf() override;
+
+    void setProgram(VstInt32 program) override;
+    void setParameter(VstInt32 index, float value) override;
+    float getParameter(VstInt32 index) override;
+    void getProgramName(char* name) override;
+    void getParameterName(VstInt32 index, char* text) override;
+    void getParameterLabel(VstInt32 index, char* label) override;
+    void getParameterDisplay(VstInt32 index, char* text) override;
+    void setSampleRate(float newSampleRate) override;
+    void suspend() override;
+
+    ParameterType GetParameterType(unsigned index) override;
+    float GetParameterMax(unsigned index) const override;
+    float GetParameterMin(unsigned index) const override;
+    float GetParameterStep(unsigned index) const override;
+    bool SupportsDisplayValueToParameter(unsigned index) const override;
+    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
+    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
+
+    // The coefficients the section runs on (for diagnostics and tests).
+    const ShelfDesign& coefficients() const noexcept { return design_; }
+
+protected:
+    // The one loop of every channel variant of both families.
+    template <unsigned Channels, EqMode Mode>
+    void run(float** inputs, float** outputs, VstInt32 frames) {
+        ShelfDesign design = design_;
+        runEqBlock<Channels, Mode>(
+            history_, inputs, outputs, frames,
+            [&] {
+                refreshCoefficients();
+                design = design_;
+            },
+            [&](EqHistory& history, const float& input) { return shelfKernel(design, history, input); });
+    }
+
+private:
+    void refreshCoefficients() noexcept;
+    void forgetState() noexcept;
+
+    const ShelfShape& shape_;
+    AR::AudioBuffer history_;
+    float lastBoost_ = -1.0f;
+    std::atomic<float> boost_{0.5f};
+    ShelfDesign design_;
+};
+
+}  // namespace AF

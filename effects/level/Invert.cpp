@@ -1,0 +1,82 @@
+#include "Invert.h"
+
+#include <new>
+
+#include "host/Factory.h"
+#include "host/FamilyShape.h"
+
+namespace AF {
+
+namespace {
+
+constexpr float kPolarity = -1.0f;  // a multiply, so 0.0 becomes -0.0
+
+// out = in x -1
+struct Replace {
+    static float apply(float input, float output) noexcept {
+        (void)output;
+        return input * kPolarity;
+    }
+};
+
+// out = out - in
+struct Accumulate {
+    static float apply(float input, float output) noexcept { return output - input; }
+};
+
+// The one Invert loop: every channel, four frames per pass and then the
+// remainder; each output sample reads only its own input sample first, so it
+// is safe in place. A missing channel is skipped.
+template <unsigned Channels, class Rule>
+void invertChannels(float** inputs, float** outputs, VstInt32 sampleFrames) noexcept {
+    if (inputs == nullptr || outputs == nullptr || sampleFrames <= 0) return;
+    const VstInt32 unrolledFrames = sampleFrames - sampleFrames % 4;
+    for (unsigned channel = 0; channel < Channels; ++channel) {
+        const float* in = inputs[channel];
+        float* out = outputs[channel];
+        if (in == nullptr || out == nullptr) continue;
+        VstInt32 frame = 0;
+        for (; frame < unrolledFrames; frame += 4) {
+            out[frame] = Rule::apply(in[frame], out[frame]);
+            out[frame + 1] = Rule::apply(in[frame + 1], out[frame + 1]);
+            out[frame + 2] = Rule::apply(in[frame + 2], out[frame + 2]);
+            out[frame + 3] = Rule::apply(in[frame + 3], out[frame + 3]);
+        }
+        for (; frame < sampleFrames; ++frame) out[frame] = Rule::apply(in[frame], out[frame]);
+    }
+}
+
+}  // namespace
+
+#define AF_INVERT_VARIANT(ClassName, channelCount, code)                                        \
+    ClassName::ClassName(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, 0, 0) {   \
+        configureVariant(*this, channelCount, fourCharCode(code));                              \
+    }                                                                                           \
+    void ClassName::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {  \
+        invertChannels<channelCount, Replace>(inputs, outputs, sampleFrames);                   \
+    }                                                                                           \
+    void ClassName::process(float** inputs, float** outputs, VstInt32 sampleFrames) {           \
+        invertChannels<channelCount, Accumulate>(inputs, outputs, sampleFrames);                \
+    }                                                                                           \
+    bool ClassName::HasHistory() { return false; }
+
+AF_INVERT_VARIANT(AudioInvert1, 1, "AIn1")
+AF_INVERT_VARIANT(AudioInvert2, 2, "AIn2")
+AF_INVERT_VARIANT(AudioInvert4, 4, "AIn4")
+AF_INVERT_VARIANT(AudioInvert6, 6, "AIn6")
+AF_INVERT_VARIANT(AudioInvert16, 16, "AI16")
+
+#undef AF_INVERT_VARIANT
+
+// Four channels are not offered to hosts.
+AudioEffect* createInvert(unsigned channels, audioMasterCallback audioMaster) {
+    switch (channels) {
+        case 1: return new (std::nothrow) AudioInvert1(audioMaster);
+        case 2: return new (std::nothrow) AudioInvert2(audioMaster);
+        case 6: return new (std::nothrow) AudioInvert6(audioMaster);
+        case 16: return new (std::nothrow) AudioInvert16(audioMaster);
+        default: return nullptr;
+    }
+}
+
+}  // namespace AF

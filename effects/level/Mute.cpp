@@ -1,0 +1,186 @@
+#include "Mute.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "NumberedName.h"
+#include "host/Factory.h"
+#include "host/FamilyShape.h"
+#include "host/Localized.h"
+
+namespace AF {
+
+namespace {
+
+constexpr float kOnThreshold = 0.5f;  // strictly above means on
+constexpr float kOff = 0.0f;
+constexpr float kToggleMin = 0.0f;
+constexpr float kToggleMax = 1.0f;
+constexpr float kToggleStep = 0.1f;
+constexpr VstInt32 kDisplayLength = 8;
+constexpr unsigned kMaster = 0;
+
+// The name of the master and the label of every toggle; channel toggles add
+// their index to it.
+constexpr const char* kMuteLabelKey = "$$$/Korvex/AudioFilters/MuteLabel=Mute ";
+
+// Counts and byte sizes are 32-bit, as the record's counts are. A count whose
+// byte size does not fit stands for the largest request, which no allocator
+// grants: the toggles are then absent, as after any failed allocation. That
+// request is not actually made, since some allocators abort on it instead of
+// failing it.
+constexpr std::uint32_t kLargestToggleCount = std::numeric_limits<std::uint32_t>::max() / sizeof(float);
+
+std::atomic<float>* allocateToggles(std::uint32_t count) noexcept {
+    if (count > kLargestToggleCount) return nullptr;
+    std::atomic<float>* toggles = new (std::nothrow) std::atomic<float>[count];
+    if (toggles == nullptr) return nullptr;
+    for (std::uint32_t index = 0; index < count; ++index) toggles[index].store(kOff, std::memory_order_relaxed);
+    return toggles;
+}
+
+void clearChannel(float* channel, VstInt32 sampleFrames) noexcept {
+    if (channel == nullptr) return;
+    std::memset(channel, 0, static_cast<std::size_t>(sampleFrames) * sizeof(float));
+}
+
+}  // namespace
+
+AudioMute::AudioMute(unsigned channels, audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, 1, static_cast<VstInt32>(channels + 1)),
+      muted(nullptr),
+      parameterCount(static_cast<std::uint32_t>(channels + 1)) {
+    muted = allocateToggles(parameterCount);
+}
+
+AudioMute::~AudioMute() { delete[] muted; }
+
+bool AudioMute::isToggle(unsigned index) const noexcept { return muted != nullptr && index < parameterCount; }
+
+bool AudioMute::isOn(unsigned index) const noexcept {
+    return muted[index].load(std::memory_order_relaxed) > kOnThreshold;
+}
+
+// Clears the muted output channels, last channel first; unmuted channels are
+// not touched at all.
+void AudioMute::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    (void)inputs;
+    if (muted == nullptr || outputs == nullptr || sampleFrames <= 0 || parameterCount == 0) return;
+    const std::uint32_t channelToggles = parameterCount - 1;
+    const std::uint32_t outputCount =
+        std::min(static_cast<std::uint32_t>(std::max(cEffect.numOutputs, 0)), channelToggles);
+    const bool masterOn = isOn(kMaster);
+    for (std::uint32_t toggle = outputCount; toggle >= 1; --toggle) {
+        if (masterOn || isOn(toggle)) clearChannel(outputs[toggle - 1], sampleFrames);
+    }
+}
+
+void AudioMute::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    (void)inputs;
+    (void)outputs;
+    (void)sampleFrames;
+}
+
+void AudioMute::setParameter(VstInt32 index, float value) {
+    const unsigned toggle = static_cast<unsigned>(index);
+    if (isToggle(toggle)) muted[toggle].store(value, std::memory_order_relaxed);
+}
+
+float AudioMute::getParameter(VstInt32 index) {
+    const unsigned toggle = static_cast<unsigned>(index);
+    return isToggle(toggle) ? muted[toggle].load(std::memory_order_relaxed) : 0.0f;
+}
+
+void AudioMute::setProgram(VstInt32 program) {
+    curProgram = program;
+    setParameterAutomated(kMaster, kOff);
+}
+
+void AudioMute::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
+
+void AudioMute::getParameterLabel(VstInt32 index, char* label) {
+    (void)index;
+    copyLocalizedText(kMuteLabelKey, label);
+}
+
+void AudioMute::getParameterDisplay(VstInt32 index, char* text) {
+    const unsigned toggle = static_cast<unsigned>(index);
+    if (!isToggle(toggle)) return;
+    float2string(muted[toggle].load(std::memory_order_relaxed), text, kDisplayLength);
+}
+
+// "Mute " for the master, "Mute 1", "Mute 2", ... for the channels; any index
+// gets a name.
+void AudioMute::getParameterName(VstInt32 index, char* text) {
+    if (index == 0) {
+        copyLocalizedText(kMuteLabelKey, text);
+    } else {
+        copyNumberedName(kMuteLabelKey, index, text);
+    }
+}
+
+ML::VSTPropertySupportMixin::ParameterType AudioMute::GetParameterType(unsigned index) {
+    (void)index;
+    return kNumber;
+}
+
+float AudioMute::GetParameterMax(unsigned index) const {
+    (void)index;
+    return kToggleMax;
+}
+
+float AudioMute::GetParameterMin(unsigned index) const {
+    (void)index;
+    return kToggleMin;
+}
+
+float AudioMute::GetParameterStep(unsigned index) const {
+    (void)index;
+    return kToggleStep;
+}
+
+bool AudioMute::SupportsDisplayValueToParameter(unsigned index) const {
+    (void)index;
+    return true;
+}
+
+// The display shows the raw toggle value, so both conversions are identities.
+float AudioMute::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
+    return index < parameterCount ? displayValue : 0.0f;
+}
+
+float AudioMute::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
+    return index < parameterCount ? parameterValue : 0.0f;
+}
+
+bool AudioMute::HasHistory() { return false; }
+
+AudioMute1::AudioMute1(audioMasterCallback audioMaster) : AudioMute(1, audioMaster) {
+    configureVariant(*this, 1, fourCharCode("AMn1"));
+}
+
+AudioMute2::AudioMute2(audioMasterCallback audioMaster) : AudioMute(2, audioMaster) {
+    configureVariant(*this, 2, fourCharCode("AMn2"));
+}
+
+AudioMute6::AudioMute6(audioMasterCallback audioMaster) : AudioMute(6, audioMaster) {
+    configureVariant(*this, 6, fourCharCode("AMn6"));
+}
+
+AudioMute16::AudioMute16(audioMasterCallback audioMaster) : AudioMute(16, audioMaster) {
+    configureVariant(*this, 16, fourCharCode("AM16"));
+}
+
+AudioEffect* createMute(unsigned channels, audioMasterCallback audioMaster) {
+    switch (channels) {
+        case 1: return new (std::nothrow) AudioMute1(audioMaster);
+        case 2: return new (std::nothrow) AudioMute2(audioMaster);
+        case 6: return new (std::nothrow) AudioMute6(audioMaster);
+        case 16: return new (std::nothrow) AudioMute16(audioMaster);
+        default: return nullptr;
+    }
+}
+
+}  // namespace AF
