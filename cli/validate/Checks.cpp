@@ -141,6 +141,25 @@ std::string documentedDivergence(const std::string& identifier, const std::vecto
     return std::string();
 }
 
+bool showsKnownDivergence(const std::string& identifier) {
+    return identifier.find("Multitap Delay") != std::string::npos;
+}
+
+// In-range settings under which the divergence shows within a few thousand
+// frames, so that the report lists it as seen rather than merely possible:
+// every tap one frame late with a feedback of 0.5 (four taps: 2 in all). The
+// suspend places the taps from the new times on every variant.
+void provokeKnownDivergence(Instance& fx, float rate) {
+    selectDefaults(fx);
+    const float oneFrameAndAHalf = static_cast<float>(0.75 / static_cast<double>(rate));
+    for (int tap = 0; tap < 4 && 3 * tap + 1 < fx.parameterCount(); ++tap) {
+        fx.setParameter(3 * tap, oneFrameAndAHalf);
+        fx.setParameter(3 * tap + 1, 0.5f);
+    }
+    fx.suspend();
+    fx.resume();
+}
+
 }  // namespace
 
 // ---- lifecycle ----------------------------------------------------------------
@@ -309,6 +328,8 @@ void checkFinite(Context& context) {
             fx.start(rate, 2048);
             if (trial == 0) {
                 selectDefaults(fx);
+            } else if (trial == 1 && showsKnownDivergence(context.maker().identifier)) {
+                provokeKnownDivergence(fx, rate);
             } else {
                 for (int i = 0; i < fx.parameterCount(); ++i) {
                     fx.setParameter(i, trial == 1 ? 0.0f : trial == 2 ? 1.0f : context.unit());
