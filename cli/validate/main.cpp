@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Command.h"
+#include "ValidateCommand.h"
 
 int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -156,6 +156,37 @@ private:
     volatile float sink_ = 0.0f;
 };
 
+// Thirteen parameters laid out as the multitap's (feedbacks at 1, 4, 7 and
+// 10); diverges when those sum above 1, or always when `kAlways`.
+template <bool kAlways>
+class MultitapLikeFake final : public CleanFake {
+public:
+    explicit MultitapLikeFake(audioMasterCallback master) : CleanFake(master) {
+        cEffect.numParams = 13;
+        numParams = 13;
+    }
+    void setParameter(VstInt32 index, float value) override {
+        if (index >= 0 && index < 13) values_[index] = value;
+    }
+    float getParameter(VstInt32 index) override { return index >= 0 && index < 13 ? values_[index] : 0.0f; }
+    void processReplacing(float** inputs, float** outputs, VstInt32 frames) override {
+        const double feedbackSum = static_cast<double>(values_[1]) + values_[4] + values_[7] + values_[10];
+        if (!kAlways && !(feedbackSum > 1.0)) {
+            run(inputs, outputs, frames, false);
+            return;
+        }
+        for (int c = 0; c < 2; ++c) {
+            for (VstInt32 i = 0; i < frames; ++i) {
+                state_[c] = 2.0f * state_[c] + inputs[c][i];
+                outputs[c][i] = state_[c];
+            }
+        }
+    }
+
+private:
+    float values_[13] = {};
+};
+
 // Sizes a buffer from the sample rate with an absurd factor: gigabytes.
 class GreedyFake final : public CleanFake {
 public:

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Command.h"
+#include "ValidateCommand.h"
 #include "Harness.h"
 #include "Validator.h"
 

@@ -95,6 +95,34 @@ TEST(Validator, DivergenceAtInRangeParametersFails) {
     EXPECT_NE(finite->detail.find("output inf"), std::string::npos) << finite->detail;
 }
 
+TEST(Validator, MultitapFeedbackAboveOneIsDocumentedNotFailed) {
+    const auto results = validate(afvtest::makerFor<afvtest::MultitapLikeFake<false>>("Internal Multitap Delay Mono"));
+    const CheckResult* finite = find(results, Check::Finite);
+    ASSERT_NE(finite, nullptr);
+    EXPECT_TRUE(finite->passed) << finite->detail;
+    bool listed = false;
+    for (const std::string& note : finite->documented) listed = listed || note.find("feedbacks summing above 1") != std::string::npos;
+    EXPECT_TRUE(listed);
+}
+
+TEST(Validator, MultitapDivergingWithinItsLimitsStillFails) {
+    const auto results = validate(afvtest::makerFor<afvtest::MultitapLikeFake<true>>("Internal Multitap Delay Mono"));
+    const CheckResult* finite = find(results, Check::Finite);
+    ASSERT_NE(finite, nullptr);
+    EXPECT_FALSE(finite->passed);
+}
+
+TEST(Validator, DocumentedDivergenceBelongsToTheMultitapOnly) {
+    // Level 3 has a trial with every parameter at 1: four feedbacks of 1.
+    afv::Options options = quickOptions();
+    options.level = 3;
+    const auto results =
+        afv::validateInProcess({afvtest::makerFor<afvtest::MultitapLikeFake<false>>("Internal Delay Mono")}, options);
+    const CheckResult* finite = find(results, Check::Finite);
+    ASSERT_NE(finite, nullptr);
+    EXPECT_FALSE(finite->passed);
+}
+
 TEST(Validator, SlowSilenceFailsTiming) {
     const auto results = validate(afvtest::makerFor<afvtest::SlowSilenceFake>("slow silence"));
     const CheckResult* timing = find(results, Check::Timing);

@@ -1,4 +1,4 @@
-#include "Command.h"
+#include "ValidateCommand.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
