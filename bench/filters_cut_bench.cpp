@@ -1,0 +1,53 @@
+// processReplacing of the high-pass, low-pass, band-pass and notch at 512-frame
+// blocks, in place as a host runs them. Items are samples: frames x channels.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <vector>
+
+#include "effects/filters/Bandpass.h"
+#include "effects/filters/Bandreject.h"
+#include "effects/filters/Highpass.h"
+#include "effects/filters/Lowpass.h"
+
+namespace {
+
+constexpr int kBlockFrames = 512;
+
+template <class Effect, unsigned Channels>
+void processReplacing(benchmark::State& state) {
+    Effect* effect = new Effect(nullptr);
+    AEffect* e = effect->getAeffect();
+    e->dispatcher(e, 10, 0, 0, nullptr, 48000.0f);
+    std::vector<std::vector<float>> audio(Channels, std::vector<float>(kBlockFrames));
+    std::vector<float*> pointers;
+    for (unsigned c = 0; c < Channels; ++c) {
+        for (int i = 0; i < kBlockFrames; ++i) audio[c][static_cast<std::size_t>(i)] = static_cast<float>(0.5 * std::sin(0.01 * i * (c + 1)));
+        pointers.push_back(audio[c].data());
+    }
+    for (auto _ : state) {
+        e->processReplacing(e, pointers.data(), pointers.data(), kBlockFrames);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kBlockFrames * Channels);
+    e->dispatcher(e, 1, 0, 0, nullptr, 0.0f);
+}
+
+BENCHMARK(processReplacing<AF::AudioHighpass1, 1>)->Name("Highpass/1");
+BENCHMARK(processReplacing<AF::AudioHighpass2, 2>)->Name("Highpass/2");
+BENCHMARK(processReplacing<AF::AudioHighpass6, 6>)->Name("Highpass/6");
+BENCHMARK(processReplacing<AF::AudioHighpass16, 16>)->Name("Highpass/16");
+BENCHMARK(processReplacing<AF::AudioLowpass1, 1>)->Name("Lowpass/1");
+BENCHMARK(processReplacing<AF::AudioLowpass2, 2>)->Name("Lowpass/2");
+BENCHMARK(processReplacing<AF::AudioLowpass6, 6>)->Name("Lowpass/6");
+BENCHMARK(processReplacing<AF::AudioLowpass16, 16>)->Name("Lowpass/16");
+BENCHMARK(processReplacing<AF::AudioBandpass1, 1>)->Name("Bandpass/1");
+BENCHMARK(processReplacing<AF::AudioBandpass2, 2>)->Name("Bandpass/2");
+BENCHMARK(processReplacing<AF::AudioBandpass6, 6>)->Name("Bandpass/6");
+BENCHMARK(processReplacing<AF::AudioBandpass16, 16>)->Name("Bandpass/16");
+BENCHMARK(processReplacing<AF::AudioBandreject1, 1>)->Name("Bandreject/1");
+BENCHMARK(processReplacing<AF::AudioBandreject2, 2>)->Name("Bandreject/2");
+BENCHMARK(processReplacing<AF::AudioBandreject6, 6>)->Name("Bandreject/6");
+BENCHMARK(processReplacing<AF::AudioBandreject16, 16>)->Name("Bandreject/16");
+
+}  // namespace

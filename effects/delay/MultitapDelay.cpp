@@ -1,0 +1,368 @@
+// Multitap Delay: four taps on one recirculating line (signal flow in MultitapDelay.h).
+#include "effects/delay/MultitapDelay.h"
+
+#include <cmath>
+
+#include "Numeric.h"
+#include "host/Factory.h"
+#include "host/FamilyShape.h"
+#include "host/Localized.h"
+
+namespace AF {
+namespace {
+
+constexpr const char* kSecondsLabelKey = "$$$/Korvex/AudioFilters/DelayTimeLabel=seconds";
+constexpr const char* kLevelLabelKey = "$$$/Korvex/AudioFilters/VolumeLabel=  db  ";
+// There is no key for a third level: the third tap's level is named with the
+// fourth tap's key and reads "Level 4", like index 11. Kept as designed.
+constexpr const char* kLevel4Key = "$$$/Korvex/AudioFilters/Volume4=Level 4";
+
+constexpr unsigned kTaps = AudioMultitapDelay::kTaps;
+constexpr unsigned kTapParameters = 3 * kTaps;  // delay, feedback, level per tap
+constexpr unsigned kMixParameter = kTapParameters;
+constexpr unsigned kParameterCount = kTapParameters + 1;
+
+enum class Kind { Delay, Feedback, Level, Mix, None };
+
+// Tap k (0-based) owns indices 3k, 3k + 1, 3k + 2; index 12 is the mix.
+constexpr Kind kindOf(unsigned index) {
+    if (index < kTapParameters) return static_cast<Kind>(index % 3);
+    return index == kMixParameter ? Kind::Mix : Kind::None;
+}
+constexpr unsigned tapOf(unsigned index) { return index / 3; }
+
+// Default program: mix 50 %, taps at 0.5, 0.8, 1.2 and 1.5 s, no feedback,
+// every level 0.5 (about -6.02 dB).
+constexpr std::array<ParameterRow, kParameterCount> kRows = {{
+    {"$$$/Korvex/AudioFilters/DelayTime1=Delay 1", kSecondsLabelKey, 0.25f},
+    {"$$$/Korvex/AudioFilters/Feedback1=Feedback 1", kPercentLabelKey, 0.0f},
+    {"$$$/Korvex/AudioFilters/Volume1=Level 1", kLevelLabelKey, 0.5f},
+    {"$$$/Korvex/AudioFilters/DelayTime2=Delay 2", kSecondsLabelKey, 0.4f},
+    {"$$$/Korvex/AudioFilters/Feedback2=Feedback 2", kPercentLabelKey, 0.0f},
+    {"$$$/Korvex/AudioFilters/Volume2=Level 2", kLevelLabelKey, 0.5f},
+    {"$$$/Korvex/AudioFilters/DelayTime3=Delay 3", kSecondsLabelKey, 0.6f},
+    {"$$$/Korvex/AudioFilters/Feedback3=Feedback 3", kPercentLabelKey, 0.0f},
+    {kLevel4Key, kLevelLabelKey, 0.5f},
+    {"$$$/Korvex/AudioFilters/DelayTime4=Delay 4", kSecondsLabelKey, 0.75f},
+    {"$$$/Korvex/AudioFilters/Feedback4=Feedback 4", kPercentLabelKey, 0.0f},
+    {kLevel4Key, kLevelLabelKey, 0.5f},
+    {"$$$/Korvex/AudioFilters/MixLabel=  Mix  ", kPercentLabelKey, 0.5f},
+}};
+
+// The program reset tells the host of the mix first, then of the taps in order.
+constexpr std::array<unsigned, kParameterCount> kProgramOrder = {12, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+
+// Target delay times of a new effect: the floats nearest 0.5, 0.8, 1.2, 1.5 s.
+constexpr std::array<float, kTaps> kInitialDelaySeconds = {0.5f, 0.8f, 1.2f, 1.5f};
+constexpr float kInitialTapLevel = 0.5f;
+
+constexpr float kMaxDelaySeconds = 2.0f;
+constexpr float kDelayStepSeconds = 0.01f;
+constexpr float kMaxPercent = 100.0f;
+constexpr float kPercentStep = 1.0f;
+constexpr float kSilenceDb = -999.0f;  // the level display's floor, shown for a level of exactly 0
+constexpr float kMaxLevelDb = 0.0f;
+constexpr float kLevelStepDb = 0.1f;
+constexpr double kHalf = 0.5;
+constexpr double kPercentPerUnit = 100.0;
+constexpr double kDbPerDecade = 20.0;
+
+inline float load(const std::atomic<float>& value) noexcept { return value.load(std::memory_order_relaxed); }
+
+}  // namespace
+
+AudioMultitapDelay::AudioMultitapDelay(unsigned channels, audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, 1, kParameterCount), channels_(channels) {
+    for (unsigned k = 0; k < kTaps; ++k) {
+        delayTime_[k].store(kInitialDelaySeconds[k], std::memory_order_relaxed);
+        feedback_[k].store(0.0f, std::memory_order_relaxed);
+        tapLevel_[k].store(kInitialTapLevel, std::memory_order_relaxed);
+    }
+    // Here the constructor's line has the extra frame and setSampleRate's has
+    // not, the reverse of the single-tap delay. Kept as designed.
+    if (delayLine_.resize(static_cast<int>(channels_), delay::twiceRatePlusOneFrames(getSampleRate())))
+        resetDelayLine();
+}
+
+AudioMultitapDelay::~AudioMultitapDelay() = default;
+
+bool AudioMultitapDelay::hasDelayLine() const noexcept {
+    return channels_ > 0 && delayLine_.channelCount() == static_cast<int>(channels_);
+}
+
+void AudioMultitapDelay::setSampleRate(float rate) {
+    if (rate == getSampleRate()) return;
+    // When the new line cannot be allocated the old line AND the old rate are
+    // kept, so positions computed from the rate keep fitting the line.
+    if (!delayLine_.resize(static_cast<int>(channels_), delay::twiceRateFrames(rate))) return;
+    AudioEffectX::setSampleRate(rate);
+    resetDelayLine();
+}
+
+void AudioMultitapDelay::suspend() { resetDelayLine(); }
+
+// Clears the lines and sets each tap one delay before the line's end, from the
+// target times and with no wrap: a tap at delay 0 starts at L, one past the
+// end, until the first frame wraps it. The applied values stay as they are.
+void AudioMultitapDelay::resetDelayLine() noexcept {
+    const std::uint32_t length = delayLine_.length();
+    for (unsigned k = 0; k < kTaps; ++k) {
+        const std::int32_t delayFrames = delay::delayFrames(getSampleRate(), load(delayTime_[k]));
+        tapReadPos_[k] = delay::positionFromEnd(delayFrames, length);
+    }
+    writePos_ = 0;
+    delayLine_.clear();
+}
+
+// Compares the thirteen targets with the applied values (a NaN counts as a
+// change) and, when any differs, applies them all and moves every tap.
+void AudioMultitapDelay::refreshParameters() noexcept {
+    TapValues delayTime{};
+    TapValues feedback{};
+    TapValues tapLevel{};
+    bool changed = false;
+    for (unsigned k = 0; k < kTaps; ++k) {
+        delayTime[k] = load(delayTime_[k]);
+        feedback[k] = load(feedback_[k]);
+        tapLevel[k] = load(tapLevel_[k]);
+        changed = changed || appliedDelayTime_[k] != delayTime[k] || appliedFeedback_[k] != feedback[k] ||
+                  appliedTapLevel_[k] != tapLevel[k];
+    }
+    const float mix = load(mix_);
+    changed = changed || wetGain_ != mix;
+    if (!changed) return;
+
+    wetGain_ = mix;
+    dryGain_ = toFloat(1.0 - static_cast<double>(mix));
+    const std::uint32_t length = delayLine_.length();
+    for (unsigned k = 0; k < kTaps; ++k) {
+        appliedDelayTime_[k] = delayTime[k];
+        appliedFeedback_[k] = feedback[k];
+        appliedTapLevel_[k] = tapLevel[k];
+        const std::int32_t delayFrames = delay::delayFrames(getSampleRate(), appliedDelayTime_[k]);
+        tapReadPos_[k] = delay::positionBehind(writePos_, delayFrames, length);
+    }
+}
+
+template <unsigned Channels, bool Accumulate>
+void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames) noexcept {
+    const bool runnable = frames > 0 && hasDelayLine() && delay::channelsPresent(inputs, Channels) &&
+                          delay::channelsPresent(outputs, Channels);
+    const std::uint32_t length = delayLine_.length();
+
+    // Channels [first, last) for every frame of the call, from the current positions.
+    auto run = [&](unsigned first, unsigned last) {
+        const TapValues feedback = appliedFeedback_;
+        const TapValues level = appliedTapLevel_;
+        const float wetGain = wetGain_;
+        const float dryGain = dryGain_;
+        std::uint32_t writePos = writePos_;
+        TapPositions tapPos = tapReadPos_;
+        std::array<float*, Channels> lines{};
+        for (unsigned c = first; c < last; ++c) lines[c] = delayLine_.channel(static_cast<int>(c));
+        for (VstInt32 i = 0; i < frames; ++i) {
+            const double noise = delay::denormalNoise(frames, i);
+            TapPositions tap{};
+            for (unsigned k = 0; k < kTaps; ++k) tap[k] = delayLine_.slot(tapPos[k]);
+            const std::uint32_t writeSlot = delayLine_.slot(writePos);
+            for (unsigned c = first; c < last; ++c) {
+                float* line = lines[c];
+                const float input = inputs[c][i];
+                // Fed back: tap 1, the input, taps 2 to 4, the noise, summed
+                // in double from left to right and rounded once.
+                double fed = static_cast<double>(line[tap[0]]) * static_cast<double>(feedback[0]);
+                fed += static_cast<double>(input);
+                for (unsigned k = 1; k < kTaps; ++k)
+                    fed += static_cast<double>(line[tap[k]]) * static_cast<double>(feedback[k]);
+                fed += noise;
+                line[writeSlot] = toFloat(fed);
+                // Heard: the taps read after the write, kept in double until the output.
+                double heard = static_cast<double>(line[tap[0]]) * static_cast<double>(level[0]);
+                for (unsigned k = 1; k < kTaps; ++k)
+                    heard += static_cast<double>(line[tap[k]]) * static_cast<double>(level[k]);
+                const double wet = heard * static_cast<double>(wetGain);
+                if constexpr (Accumulate)
+                    outputs[c][i] = toFloat(wet + static_cast<double>(outputs[c][i]));
+                else
+                    outputs[c][i] = toFloat(wet + static_cast<double>(input) * static_cast<double>(dryGain));
+            }
+            delay::advance(writePos, length);
+            for (unsigned k = 0; k < kTaps; ++k) delay::advance(tapPos[k], length);
+        }
+        writePos_ = writePos;
+        tapReadPos_ = tapPos;
+    };
+
+    if constexpr (Channels == 16) {
+        // Channel by channel, every pass from the same saved positions. The
+        // restore follows the parameter check, so taps moved for new delay
+        // times are put back: on this variant a delay-time change is heard
+        // only after the next reset. Kept as designed.
+        const std::uint32_t savedWritePos = writePos_;
+        const TapPositions savedTapPos = tapReadPos_;
+        for (unsigned c = 0; c < Channels; ++c) {
+            refreshParameters();
+            writePos_ = savedWritePos;
+            tapReadPos_ = savedTapPos;
+            if (runnable) run(c, c + 1);
+        }
+    } else {
+        refreshParameters();
+        if (runnable) run(0, Channels);
+    }
+}
+
+void AudioMultitapDelay::setParameter(VstInt32 index, float value) {
+    if (index < 0) return;
+    const auto parameter = static_cast<unsigned>(index);
+    switch (kindOf(parameter)) {
+        case Kind::Delay: delayTime_[tapOf(parameter)].store(value + value, std::memory_order_relaxed); break;
+        case Kind::Feedback: feedback_[tapOf(parameter)].store(value, std::memory_order_relaxed); break;
+        case Kind::Level: tapLevel_[tapOf(parameter)].store(value, std::memory_order_relaxed); break;
+        case Kind::Mix: mix_.store(value, std::memory_order_relaxed); break;
+        case Kind::None: break;
+    }
+}
+
+float AudioMultitapDelay::getParameter(VstInt32 index) {
+    if (index < 0) return 0.0f;
+    const auto parameter = static_cast<unsigned>(index);
+    switch (kindOf(parameter)) {
+        case Kind::Delay: return toFloat(static_cast<double>(load(delayTime_[tapOf(parameter)])) * kHalf);
+        case Kind::Feedback: return load(feedback_[tapOf(parameter)]);
+        case Kind::Level: return load(tapLevel_[tapOf(parameter)]);
+        case Kind::Mix: return load(mix_);
+        case Kind::None: break;
+    }
+    return 0.0f;
+}
+
+void AudioMultitapDelay::setProgram(VstInt32 program) {
+    curProgram = program;
+    for (const unsigned index : kProgramOrder)
+        setParameterAutomated(static_cast<VstInt32>(index), kRows[index].defaultValue);
+}
+
+void AudioMultitapDelay::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
+void AudioMultitapDelay::getParameterName(VstInt32 index, char* text) { copyParameterName(kRows, index, text); }
+void AudioMultitapDelay::getParameterLabel(VstInt32 index, char* text) { copyParameterLabel(kRows, index, text); }
+
+void AudioMultitapDelay::getParameterDisplay(VstInt32 index, char* text) {
+    if (index < 0) return;
+    const auto parameter = static_cast<unsigned>(index);
+    switch (kindOf(parameter)) {
+        case Kind::Delay: float2string(load(delayTime_[tapOf(parameter)]), text, 8); break;
+        case Kind::Feedback:
+            float2string(toFloat(static_cast<double>(load(feedback_[tapOf(parameter)])) * kPercentPerUnit), text, 8);
+            break;
+        case Kind::Level: dB2string(load(tapLevel_[tapOf(parameter)]), text, 8); break;
+        case Kind::Mix: float2string(toFloat(static_cast<double>(load(mix_)) * kPercentPerUnit), text, 8); break;
+        case Kind::None: break;
+    }
+}
+
+ML::VSTPropertySupportMixin::ParameterType AudioMultitapDelay::GetParameterType(unsigned index) {
+    switch (kindOf(index)) {
+        case Kind::Delay: return kTime;
+        case Kind::Level: return kDecibels;
+        case Kind::Feedback:
+        case Kind::Mix: return kNumber;
+        case Kind::None: break;
+    }
+    return kNotAParameter;
+}
+
+float AudioMultitapDelay::GetParameterMax(unsigned index) const {
+    switch (kindOf(index)) {
+        case Kind::Delay: return kMaxDelaySeconds;
+        case Kind::Level: return kMaxLevelDb;
+        case Kind::Feedback:
+        case Kind::Mix: return kMaxPercent;
+        case Kind::None: break;
+    }
+    return 0.0f;
+}
+
+float AudioMultitapDelay::GetParameterMin(unsigned index) const {
+    return kindOf(index) == Kind::Level ? kSilenceDb : 0.0f;
+}
+
+float AudioMultitapDelay::GetParameterStep(unsigned index) const {
+    switch (kindOf(index)) {
+        case Kind::Delay: return kDelayStepSeconds;
+        case Kind::Level: return kLevelStepDb;
+        case Kind::Feedback:
+        case Kind::Mix: return kPercentStep;
+        case Kind::None: break;
+    }
+    return 0.0f;
+}
+
+bool AudioMultitapDelay::SupportsDisplayValueToParameter(unsigned index) const { return index < kParameterCount; }
+
+float AudioMultitapDelay::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
+    const double display = displayValue;
+    switch (kindOf(index)) {
+        case Kind::Delay: return toFloat(display * kHalf);
+        case Kind::Level: {
+            if (displayValue == kSilenceDb) return 0.0f;
+            const float decades = toFloat(display / kDbPerDecade);
+            return toFloat(std::pow(10.0, static_cast<double>(decades)));
+        }
+        case Kind::Feedback:
+        case Kind::Mix: return toFloat(display / kPercentPerUnit);
+        case Kind::None: break;
+    }
+    return 0.0f;
+}
+
+float AudioMultitapDelay::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
+    const double parameter = parameterValue;
+    switch (kindOf(index)) {
+        case Kind::Delay: return toFloat(parameter + parameter);
+        case Kind::Level: {
+            if (parameterValue == 0.0f) return kSilenceDb;
+            const float logarithm = toFloat(std::log10(parameter));
+            return toFloat(kDbPerDecade * static_cast<double>(logarithm));
+        }
+        case Kind::Feedback:
+        case Kind::Mix: return toFloat(parameter * kPercentPerUnit);
+        case Kind::None: break;
+    }
+    return 0.0f;
+}
+
+// The variants carry the single-tap delay's ids; the duplication is by design.
+AudioMultitapDelay1::AudioMultitapDelay1(audioMasterCallback audioMaster) : AudioMultitapDelay(1, audioMaster) {
+    configureVariant(*this, 1, fourCharCode("ADl1"));
+}
+AudioMultitapDelay2::AudioMultitapDelay2(audioMasterCallback audioMaster) : AudioMultitapDelay(2, audioMaster) {
+    configureVariant(*this, 2, fourCharCode("ADl2"));
+}
+AudioMultitapDelay6::AudioMultitapDelay6(audioMasterCallback audioMaster) : AudioMultitapDelay(6, audioMaster) {
+    configureVariant(*this, 6, fourCharCode("ADl6"));
+}
+AudioMultitapDelay16::AudioMultitapDelay16(audioMasterCallback audioMaster) : AudioMultitapDelay(16, audioMaster) {
+    configureVariant(*this, 16, fourCharCode("AD16"));
+}
+
+void AudioMultitapDelay1::process(float** in, float** out, VstInt32 n) { render<1, true>(in, out, n); }
+void AudioMultitapDelay1::processReplacing(float** in, float** out, VstInt32 n) { render<1, false>(in, out, n); }
+void AudioMultitapDelay2::process(float** in, float** out, VstInt32 n) { render<2, true>(in, out, n); }
+void AudioMultitapDelay2::processReplacing(float** in, float** out, VstInt32 n) { render<2, false>(in, out, n); }
+void AudioMultitapDelay6::process(float** in, float** out, VstInt32 n) { render<6, true>(in, out, n); }
+void AudioMultitapDelay6::processReplacing(float** in, float** out, VstInt32 n) { render<6, false>(in, out, n); }
+void AudioMultitapDelay16::process(float** in, float** out, VstInt32 n) { render<16, true>(in, out, n); }
+void AudioMultitapDelay16::processReplacing(float** in, float** out, VstInt32 n) { render<16, false>(in, out, n); }
+
+AudioEffect* createMultitapDelay(unsigned channels, audioMasterCallback audioMaster) {
+    switch (channels) {
+        case 1: return delay::makeVariant<AudioMultitapDelay1>(audioMaster);
+        case 2: return delay::makeVariant<AudioMultitapDelay2>(audioMaster);
+        case 6: return delay::makeVariant<AudioMultitapDelay6>(audioMaster);
+        case 16: return delay::makeVariant<AudioMultitapDelay16>(audioMaster);
+        default: return nullptr;
+    }
+}
+
+}  // namespace AF

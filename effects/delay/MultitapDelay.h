@@ -1,0 +1,115 @@
+#pragma once
+// Multitap Delay: one circular line per channel read by four taps, each with
+// its own delay time, feedback into the line and output level; a common mix
+// sets wet against dry. For 1, 2, 6 or 16 channels.
+//
+//            in ----------------------------------------------------+
+//             |                                                     | x dryGain
+//             v                                                     v
+//   noise -> (+) --> [ line: write at writePos ]                   (+) --> out
+//             ^        |      |      |      |                       ^
+//             |      tap 1  tap 2  tap 3  tap 4  (read after write) |
+//             |        |      |      |      |                       |
+//             +--- sum of tap k x feedback k                        |
+//                      |      |      |      |                       |
+//                      +--- sum of tap k x level k --> x wetGain ---+
+//
+// All four feedback paths feed the one line, so the taps recirculate into
+// each other. A tap whose position equals the write position hears the sample
+// just written; its feedback term, read before the write, hears the oldest.
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+#include "AudioEffectX.h"
+#include "ML/VSTPropertySupportMixin.h"
+#include "effects/delay/DelayLine.h"
+
+namespace AF {
+
+class AF_EXPORT AudioMultitapDelay : public AudioEffectX, public ML::VSTPropertySupportMixin {
+public:
+    static constexpr unsigned kTaps = 4;
+
+    AudioMultitapDelay(unsigned channels, audioMasterCallback audioMaster);
+    ~AudioMultitapDelay() override;
+
+    void setSampleRate(float rate) override;
+    void suspend() override;
+
+    void setParameter(VstInt32 index, float value) override;
+    float getParameter(VstInt32 index) override;
+    void setProgram(VstInt32 program) override;
+    void getProgramName(char* name) override;
+    void getParameterName(VstInt32 index, char* text) override;
+    void getParameterLabel(VstInt32 index, char* text) override;
+    void getParameterDisplay(VstInt32 index, char* text) override;
+
+    ParameterType GetParameterType(unsigned index) override;
+    float GetParameterMax(unsigned index) const override;
+    float GetParameterMin(unsigned index) const override;
+    float GetParameterStep(unsigned index) const override;
+    bool SupportsDisplayValueToParameter(unsigned index) const override;
+    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
+    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
+
+    // False when the line could not be allocated; such an effect only applies
+    // its parameters and leaves the host's buffers alone.
+    bool hasDelayLine() const noexcept;
+
+protected:
+    // The one per-frame recursion of the family, for every variant.
+    template <unsigned Channels, bool Accumulate>
+    void render(float** inputs, float** outputs, VstInt32 frames) noexcept;
+
+private:
+    using TapPositions = std::array<std::uint32_t, kTaps>;
+    using TapValues = std::array<float, kTaps>;
+
+    void resetDelayLine() noexcept;
+    void refreshParameters() noexcept;
+
+    unsigned channels_;
+    delay::DelayLine delayLine_;
+    std::uint32_t writePos_ = 0;
+    TapPositions tapReadPos_{};
+    TapValues appliedDelayTime_{-1.0f, -1.0f, -1.0f, -1.0f};  // seconds; -1 forces the first application
+    std::array<std::atomic<float>, kTaps> delayTime_;          // seconds: twice the normalised parameter
+    TapValues appliedFeedback_{};
+    std::array<std::atomic<float>, kTaps> feedback_;
+    TapValues appliedTapLevel_{};
+    std::array<std::atomic<float>, kTaps> tapLevel_;  // linear amplitude 0..1
+    float wetGain_ = 1.0f;
+    float dryGain_ = 0.0f;
+    std::atomic<float> mix_{0.5f};
+};
+
+class AF_EXPORT AudioMultitapDelay1 final : public AudioMultitapDelay {
+public:
+    explicit AudioMultitapDelay1(audioMasterCallback audioMaster);
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+};
+
+class AF_EXPORT AudioMultitapDelay2 final : public AudioMultitapDelay {
+public:
+    explicit AudioMultitapDelay2(audioMasterCallback audioMaster);
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+};
+
+class AF_EXPORT AudioMultitapDelay6 final : public AudioMultitapDelay {
+public:
+    explicit AudioMultitapDelay6(audioMasterCallback audioMaster);
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+};
+
+class AF_EXPORT AudioMultitapDelay16 final : public AudioMultitapDelay {
+public:
+    explicit AudioMultitapDelay16(audioMasterCallback audioMaster);
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+};
+
+}  // namespace AF

@@ -1,0 +1,38 @@
+#include "Bandreject.h"
+
+#include <new>
+
+#include "host/Factory.h"
+
+namespace AF {
+
+AudioBandreject::AudioBandreject(unsigned channels, audioMasterCallback audioMaster) : SectionFamily(channels, audioMaster) {}
+AudioBandreject::~AudioBandreject() = default;
+
+template class SectionVariant<AudioBandreject, 1>;
+AudioBandreject1::AudioBandreject1(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandreject1::~AudioBandreject1() = default;
+
+template class SectionVariant<AudioBandreject, 2>;
+AudioBandreject2::AudioBandreject2(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandreject2::~AudioBandreject2() = default;
+
+template class SectionVariant<AudioBandreject, 6>;
+AudioBandreject6::AudioBandreject6(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandreject6::~AudioBandreject6() = default;
+
+template class SectionVariant<AudioBandreject, 16>;
+AudioBandreject16::AudioBandreject16(audioMasterCallback audioMaster) : SectionVariant(audioMaster) {}
+AudioBandreject16::~AudioBandreject16() = default;
+
+AudioEffect* createBandreject(unsigned channels, audioMasterCallback audioMaster) {
+    switch (channels) {
+        case 1: return new (std::nothrow) AudioBandreject1(audioMaster);
+        case 2: return new (std::nothrow) AudioBandreject2(audioMaster);
+        case 6: return new (std::nothrow) AudioBandreject6(audioMaster);
+        case 16: return new (std::nothrow) AudioBandreject16(audioMaster);
+        default: return nullptr;
+    }
+}
+
+}  // namespace AF

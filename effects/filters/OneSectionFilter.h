@@ -1,0 +1,237 @@
+#pragma once
+// The band-pass and the notch: one second-order section around a centre
+// frequency with a quality factor Q. The band-pass has unity gain at the
+// centre; the notch removes the centre and passes DC and Nyquist unchanged.
+//
+//   band-pass: y = (x - x2)·b0 - a1·y1 - a2·y2 + d
+//   notch:     y = (x1 - y1)·a1 + (x + x2)·b0 - a2·y2 + d
+//
+// Coefficients depend on the normalised centre and Q alone and are recomputed
+// lazily at the start of a processing call.
+#include <array>
+#include <atomic>
+#include <cmath>
+
+#include "AR/AudioBuffer.h"
+#include "AudioEffectX.h"
+#include "ChannelOrder.h"
+#include "CutoffMapping.h"
+#include "host/FamilyShape.h"
+#include "ML/VSTPropertySupportMixin.h"
+#include "MF/Constants.h"
+#include "Numeric.h"
+
+namespace AF {
+
+enum class SectionResponse { Bandpass, Notch };
+
+namespace quality {
+// Q = q·q·9.9 + 0.1. The display side uses the double constants; the inverse
+// and the coefficients their float values. Both are kept as they were built.
+inline constexpr double kSpanDisplay = 9.9;
+inline constexpr double kFloorDisplay = 0.1;
+inline constexpr float kSpan = 9.9f;
+inline constexpr float kFloor = 0.1f;
+inline constexpr float kMax = 10.0f;
+inline constexpr float kStep = 0.1f;
+
+inline float displayQ(float q) noexcept { return toFloat(static_cast<double>(q) * q * kSpanDisplay + kFloorDisplay); }
+
+// Not clamped: a Q below the floor gives the root of a negative number (NaN).
+inline float parameterForQ(float shownQ) noexcept {
+    const float fraction = toFloat((static_cast<double>(shownQ) - kFloor) / kSpan);
+    return toFloat(std::sqrt(static_cast<double>(fraction)));
+}
+}  // namespace quality
+
+// The design; all 0 until first computed.
+struct SectionDesign {
+    float b0 = 0.0f;  // input
+    float a1 = 0.0f;  // -2cos(w)/(1 + alpha), on the previous sample terms
+    float a2 = 0.0f;  // (1 - alpha)/(1 + alpha), on the output two samples back
+};
+
+// One channel's memory, in the order the history buffer keeps it.
+struct SectionHistory {
+    float x1, x2;  // previous inputs
+    float y1, y2;  // previous outputs
+};
+inline constexpr int kSectionHistorySize = 4;
+
+template <SectionResponse Response>
+SectionDesign designSection(float center, float q) noexcept {
+    // the centre as an angle in radians per sample, with the float floor fraction
+    const float w = toFloat((static_cast<double>(center) * center * cutoff::kSquareLawSpan +
+                             static_cast<double>(cutoff::kFloorFractionFloat)) *
+                            MF::kPi);
+    const double qFactor = static_cast<double>(q) * q * quality::kSpan + quality::kFloor;
+    const float sinW = toFloat(std::sin(static_cast<double>(w)));
+    const float cosW = toFloat(std::cos(static_cast<double>(w)));
+    const float alpha = toFloat(sinW / (2.0 * qFactor));
+    SectionDesign design;
+    if constexpr (Response == SectionResponse::Bandpass)
+        design.b0 = toFloat(alpha / (1.0 + alpha));
+    else
+        design.b0 = toFloat(1.0 / (1.0 + alpha));
+    const float minusTwoCosW = toFloat(cosW * -2.0);
+    design.a1 = toFloat(minusTwoCosW / (1.0 + alpha));
+    design.a2 = toFloat((1.0 - alpha) / (1.0 + alpha));
+    return design;
+}
+
+// The band-pass adds its offset on every fourth frame counted from the end of
+// the call (the zero entries are added too); the notch on every frame.
+template <SectionResponse Response>
+inline float sectionOffset(VstInt32 frames, VstInt32 n) noexcept {
+    if constexpr (Response == SectionResponse::Bandpass) {
+        constexpr float table[4] = {cutoff::kAntiDenormal, 0.0f, 0.0f, 0.0f};
+        return table[cutoff::framesAfter(frames, n) % 4];
+    } else {
+        return cutoff::kAntiDenormal;
+    }
+}
+
+// The kernel: one sample, rounded to float once.
+template <SectionResponse Response>
+inline float sectionStep(const SectionDesign& d, SectionHistory& h, float x, float offset) noexcept {
+    double y;
+    if constexpr (Response == SectionResponse::Bandpass)
+        y = (static_cast<double>(x) - h.x2) * d.b0 - static_cast<double>(d.a1) * h.y1 -
+            static_cast<double>(d.a2) * h.y2 + offset;
+    else
+        y = (static_cast<double>(h.x1) - h.y1) * d.a1 + (static_cast<double>(x) + h.x2) * d.b0 -
+            static_cast<double>(d.a2) * h.y2 + offset;
+    const float yf = toFloat(y);
+    h.y2 = h.y1;
+    h.y1 = yf;
+    h.x2 = h.x1;
+    h.x1 = x;
+    return yf;
+}
+
+inline constexpr ParameterRow kCenterQRows[] = {
+    {"$$$/Korvex/AudioFilters/Center=Center", kHertzLabelKey, 0.25f},
+    {"$$$/Korvex/AudioFilters/Q=Q", nullptr, 0.5f},
+};
+
+// The family: parameters, properties, lifecycle and the lazy design. The
+// channel variants below add the processing calls.
+template <SectionResponse Response>
+class AF_EXPORT SectionFamily : public AudioEffectX, public ML::VSTPropertySupportMixin {
+public:
+    static constexpr SectionResponse kResponse = Response;
+
+    SectionFamily(unsigned channels, audioMasterCallback audioMaster);
+    ~SectionFamily() override;
+
+    void setProgram(VstInt32 program) override;
+    void setParameter(VstInt32 index, float value) override;
+    float getParameter(VstInt32 index) override;
+    void getProgramName(char* name) override;
+    void getParameterName(VstInt32 index, char* text) override;
+    void getParameterLabel(VstInt32 index, char* label) override;
+    void getParameterDisplay(VstInt32 index, char* text) override;
+    void setSampleRate(float newSampleRate) override;
+    void suspend() override;
+
+    ParameterType GetParameterType(unsigned index) override;
+    float GetParameterMax(unsigned index) const override;
+    float GetParameterMin(unsigned index) const override;
+    float GetParameterStep(unsigned index) const override;
+    bool SupportsDisplayValueToParameter(unsigned index) const override;
+    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
+    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
+
+    // For inspection: the coefficients in use and the filter memory.
+    SectionDesign currentDesign() const noexcept { return design; }
+    const AR::AudioBuffer& historyBuffer() const noexcept { return history; }
+
+protected:
+    // Recomputes the design when the centre or Q differs from the applied one
+    // (a NaN always differs).
+    void refreshDesign() noexcept;
+    float currentSampleRate() const;
+
+    AR::AudioBuffer history;
+    float appliedCenter = -1.0f;
+    std::atomic<float> center{0.25f};
+    float appliedQ = -1.0f;
+    std::atomic<float> q{0.5f};
+    SectionDesign design;
+};
+
+// One processing loop for every channel count: frame by frame up to six
+// channels, channel by channel for sixteen (see ChannelOrder.h).
+template <class Family, unsigned Channels>
+class AF_EXPORT SectionVariant : public Family {
+public:
+    explicit SectionVariant(audioMasterCallback audioMaster);
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+    // Adds the filtered signal into what the outputs hold.
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+
+private:
+    template <bool Accumulate>
+    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
+    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
+};
+
+template <class Family, unsigned Channels>
+SectionVariant<Family, Channels>::SectionVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
+    configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
+}
+
+template <class Family, unsigned Channels>
+void SectionVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<false>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+void SectionVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<true>(inputs, outputs, sampleFrames);
+}
+
+template <class Family, unsigned Channels>
+template <bool Accumulate>
+void SectionVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
+    constexpr SectionResponse response = Family::kResponse;
+    std::array<float*, Channels> memory{};
+    const bool usable = loadMemory(memory, inputs, outputs);
+    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
+    std::array<SectionHistory, Channels> h{};
+    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = {memory[c][0], memory[c][1], memory[c][2], memory[c][3]};
+    SectionDesign d;
+    forEachSampleInChannelOrder<Channels>(
+        frames,
+        [&] {
+            this->refreshDesign();
+            d = this->design;
+        },
+        [&](unsigned c, VstInt32 n) {
+            const float x = inputs[c][n];  // read before the write: in place is safe
+            const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
+            if constexpr (Accumulate)
+                outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+            else
+                outputs[c][n] = y;
+        });
+    for (unsigned c = 0; c < Channels && usable; ++c) {
+        memory[c][0] = h[c].x1;
+        memory[c][1] = h[c].x2;
+        memory[c][2] = h[c].y1;
+        memory[c][3] = h[c].y2;
+    }
+}
+
+template <class Family, unsigned Channels>
+bool SectionVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
+                                             float** outputs) noexcept {
+    if (inputs == nullptr || outputs == nullptr) return false;
+    for (unsigned c = 0; c < Channels; ++c) {
+        memory[c] = this->history.GetChannel(static_cast<int>(c));
+        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
+    }
+    return true;
+}
+
+}  // namespace AF
