@@ -1,0 +1,71 @@
+#include "Progress.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace afx {
+namespace {
+
+constexpr double kQuietSeconds = 1.0;    // no bar for renders shorter than this
+constexpr double kRedrawSeconds = 0.1;   // at most ten redraws a second
+constexpr int kBarWidth = 30;
+
+}  // namespace
+
+Progress::Progress(std::int64_t totalFrames, int sampleRate, bool enabled)
+    : totalFrames_(totalFrames), sampleRate_(sampleRate), enabled_(enabled), start_(Clock::now()),
+      lastDrawn_(start_) {}
+
+double Progress::elapsedSeconds() const {
+    return std::chrono::duration<double>(Clock::now() - start_).count();
+}
+
+void Progress::update(std::int64_t framesDone) {
+    if (!enabled_) return;
+    const Clock::time_point now = Clock::now();
+    const double elapsed = std::chrono::duration<double>(now - start_).count();
+    if (elapsed < kQuietSeconds || std::chrono::duration<double>(now - lastDrawn_).count() < kRedrawSeconds) return;
+    lastDrawn_ = now;
+    const double fraction =
+        totalFrames_ > 0 ? std::min(1.0, static_cast<double>(framesDone) / static_cast<double>(totalFrames_)) : 0.0;
+    const int filled = static_cast<int>(fraction * kBarWidth);
+    char bar[kBarWidth + 1];
+    for (int i = 0; i < kBarWidth; ++i) bar[i] = i < filled ? '#' : '.';
+    bar[kBarWidth] = '\0';
+    const double audioSeconds = static_cast<double>(framesDone) / sampleRate_;
+    const int minutes = static_cast<int>(elapsed) / 60;
+    const double seconds = elapsed - minutes * 60.0;
+    std::fprintf(stderr, "\r[%s] %5.1f%%  %d:%04.1f elapsed  %.1fx real time\033[K", bar, fraction * 100.0, minutes,
+                 seconds, elapsed > 0.0 ? audioSeconds / elapsed : 0.0);
+    std::fflush(stderr);
+    shown_ = true;
+}
+
+void Progress::clear() {
+    if (!shown_) return;
+    std::fprintf(stderr, "\r\033[K");
+    std::fflush(stderr);
+    shown_ = false;
+}
+
+void PeakMeter::take(const float* const* channels, int frames) {
+    for (std::size_t c = 0; c < peaks_.size(); ++c) {
+        float peak = peaks_[c];
+        const float* samples = channels[c];
+        for (int i = 0; i < frames; ++i) {
+            const float magnitude = std::fabs(samples[i]);
+            if (magnitude > peak) peak = magnitude;  // a NaN never wins
+        }
+        peaks_[c] = peak;
+    }
+}
+
+std::string decibelsFullScale(float peak) {
+    if (!(peak > 0.0f)) return "-inf";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f", 20.0 * std::log10(static_cast<double>(peak)));
+    return text;
+}
+
+}  // namespace afx

@@ -1,0 +1,115 @@
+#include "Render.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "AudioFile.h"
+#include "Errors.h"
+#include "ModuleHost.h"
+#include "Progress.h"
+
+namespace afx {
+namespace {
+
+// Refuses what would lose data before anything is loaded or written.
+void checkPaths(const RenderJob& job) {
+    struct stat inputStatus {};
+    if (::stat(job.input.c_str(), &inputStatus) != 0)
+        throw RunError("cannot read input '" + job.input + "': no such file");
+    struct stat outputStatus {};
+    if (::stat(job.output.c_str(), &outputStatus) == 0) {
+        if (outputStatus.st_dev == inputStatus.st_dev && outputStatus.st_ino == inputStatus.st_ino)
+            throw UsageError("INPUT and OUTPUT are the same file '" + job.output +
+                             "'; write to another file and rename it afterwards");
+        if (S_ISDIR(outputStatus.st_mode))
+            throw UsageError("OUTPUT '" + job.output + "' is a folder; name a file");
+        if (!job.overwrite)
+            throw UsageError("OUTPUT '" + job.output + "' exists; add -y to overwrite it");
+    }
+}
+
+void describe(const Chain& chain) {
+    for (std::size_t link = 0; link < chain.size(); ++link) {
+        std::printf("  %zu. %s", link + 1, chain.identifier(link).c_str());
+        for (const AppliedParameter& parameter : chain.applied(link))
+            std::printf("%s %s = %s%s%s", &parameter == &chain.applied(link).front() ? ":" : ",",
+                        parameter.name.c_str(), parameter.display.c_str(), parameter.label.empty() ? "" : " ",
+                        parameter.label.c_str());
+        std::printf("\n");
+    }
+}
+
+std::string peakList(const std::vector<float>& peaks) {
+    std::string text;
+    for (float peak : peaks) {
+        if (!text.empty()) text += ' ';
+        text += decibelsFullScale(peak);
+    }
+    return text;
+}
+
+}  // namespace
+
+int render(const RenderJob& job) {
+    checkPaths(job);
+    ModuleHost host(job.modulePath);
+    InputFile input(job.input);
+    const unsigned channels = input.channels();
+    const int format = outputFormat(job.output, input.format(), job.asFloat);
+    Chain chain(host, job.effects, channels, input.sampleRate(), job.blockFrames);
+    if (job.describeChain && !job.quiet) describe(chain);
+
+    // Every buffer is made once; the block loop allocates nothing.
+    const auto block = static_cast<std::size_t>(job.blockFrames);
+    std::vector<float> interleaved(block * channels);
+    std::vector<std::vector<float>> planes(channels, std::vector<float>(block));
+    std::vector<float*> pointers(channels);
+    for (unsigned c = 0; c < channels; ++c) pointers[c] = planes[c].data();
+    PeakMeter before(channels);
+    PeakMeter after(channels);
+
+    OutputFile output(job.output, format, channels, input.sampleRate(), job.blockFrames);
+    Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
+    std::int64_t done = 0;
+    for (;;) {
+        const std::int64_t frames = input.read(interleaved.data(), job.blockFrames);
+        if (frames == 0) break;
+        const int count = static_cast<int>(frames);
+        for (int i = 0; i < count; ++i)
+            for (unsigned c = 0; c < channels; ++c) planes[c][i] = interleaved[i * channels + c];
+        before.take(pointers.data(), count);
+        chain.process(pointers.data(), count);
+        after.take(pointers.data(), count);
+        for (int i = 0; i < count; ++i)
+            for (unsigned c = 0; c < channels; ++c) interleaved[i * channels + c] = planes[c][i];
+        output.write(interleaved.data(), frames);
+        done += frames;
+        progress.update(done);
+    }
+    progress.clear();
+    if (input.frames() > 0 && done < input.frames())
+        throw RunError("input '" + job.input + "' ended after " + std::to_string(done) + " of " +
+                       std::to_string(input.frames()) + " frames: it is truncated or corrupt");
+    chain.finish();
+    output.commit();
+
+    const double wall = progress.elapsedSeconds();
+    const double audio = static_cast<double>(done) / input.sampleRate();
+    if (!job.quiet)
+        std::printf("afx: %s: %lld frames, %u channel%s, %.3f s of audio in %.3f s (%.1fx real time); "
+                    "peak dBFS in [%s] out [%s]\n",
+                    job.output.c_str(), static_cast<long long>(done), channels, channels == 1 ? "" : "s", audio, wall,
+                    wall > 0.0 ? audio / wall : 0.0, peakList(before.peaks()).c_str(),
+                    peakList(after.peaks()).c_str());
+    if (output.clippedSamples() > 0)
+        std::fprintf(stderr,
+                     "afx: warning: %llu samples clipped at full scale in the integer output; lower the level "
+                     "(e.g. -e volume -p level=-6) or write floats with --float\n",
+                     static_cast<unsigned long long>(output.clippedSamples()));
+    return 0;
+}
+
+}  // namespace afx

@@ -1,0 +1,26 @@
+#pragma once
+// The render shared by 'afx render' and 'afx demo': INPUT through a chain of
+// effects into OUTPUT, written beside it and renamed only when complete.
+#include <string>
+#include <vector>
+
+#include "Chain.h"
+
+namespace afx {
+
+struct RenderJob {
+    std::string input;
+    std::string output;
+    std::vector<EffectRequest> effects;
+    int blockFrames = 1024;
+    bool asFloat = false;
+    bool overwrite = false;
+    bool quiet = false;
+    bool describeChain = false;  // print each effect and its parameters first
+    std::string modulePath;
+};
+
+// Returns the exit status (0); throws UsageError or RunError.
+int render(const RenderJob& job);
+
+}  // namespace afx

@@ -1,0 +1,97 @@
+// afx: the reference host of the AudioFilters module on the command line.
+#include <cstdio>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "Errors.h"
+#include "ModuleHost.h"
+
+namespace afx {
+namespace {
+
+constexpr const char* kHelp =
+    "usage: afx [--module PATH] COMMAND [options]\n"
+    "\n"
+    "Loads the AudioFilters effects module as a host application does and\n"
+    "renders audio files through its effects.\n"
+    "\n"
+    "commands:\n"
+    "  list [--json]                      every registered effect\n"
+    "  info EFFECT [--rate HZ] [--json]   parameters, ranges and defaults of one effect\n"
+    "  render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [-e EFFECT ...]... [options]\n"
+    "                                     INPUT through a chain of effects into OUTPUT\n"
+    "  demo [OUTPUT]                      the bundled example through a default chain\n"
+    "\n"
+    "options:\n"
+    "  --module PATH  the effects module (default: libAudioFilters.so beside afx)\n"
+    "  -h, --help     this text; 'afx COMMAND --help' describes each command\n"
+    "  --version      the program's version\n"
+    "\n"
+    "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
+
+int run(std::vector<std::string> words) {
+    Arguments arguments(std::move(words));
+    std::string modulePath = ModuleHost::defaultModulePath();
+    while (!arguments.done()) {
+        std::string inlineValue;
+        const std::string word = optionWord(arguments, inlineValue);
+        if (word == "--help" || word == "-h" || word == "help") {
+            std::fputs(kHelp, stdout);
+            return 0;
+        }
+        if (word == "--version") {
+            std::printf("afx 0.1.0\n");
+            return 0;
+        }
+        if (takeModuleOption(word, arguments, modulePath)) continue;
+        if (word == "list") return listCommand(arguments, modulePath);
+        if (word == "info") return infoCommand(arguments, modulePath);
+        if (word == "render") return renderCommand(arguments, modulePath);
+        if (word == "demo") return demoCommand(arguments, modulePath);
+        throw UsageError((looksLikeOption(word) ? "unknown option '" : "unknown command '") + word +
+                         "'; commands are list, info, render and demo (see afx --help)");
+    }
+    throw UsageError("no command given; commands are list, info, render and demo (see afx --help)");
+}
+
+}  // namespace
+
+bool takeModuleOption(const std::string& option, Arguments& arguments, std::string& modulePath) {
+    if (option != "--module" && option != "-m") return false;
+    modulePath = arguments.valueFor(option);
+    return true;
+}
+
+std::string optionWord(Arguments& arguments, std::string& inlineValue) {
+    std::string word = arguments.take();
+    const std::size_t equals = word.find('=');
+    if (word.rfind("--", 0) == 0 && equals != std::string::npos) {
+        inlineValue = word.substr(equals + 1);
+        word.erase(equals);
+        arguments.pushFront(inlineValue);
+    }
+    return word;
+}
+
+}  // namespace afx
+
+int main(int argc, char** argv) {
+    std::vector<std::string> words(argv + 1, argv + argc);
+    try {
+        return afx::run(std::move(words));
+    } catch (const afx::UsageError& error) {
+        std::fprintf(stderr, "afx: error: %s\n", error.what());
+        return afx::kExitUsage;
+    } catch (const afx::RunError& error) {
+        std::fprintf(stderr, "afx: error: %s\n", error.what());
+        return afx::kExitRunFailure;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "afx: error: out of memory (try a smaller --block)\n");
+        return afx::kExitRunFailure;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "afx: error: %s\n", error.what());
+        return afx::kExitRunFailure;
+    }
+}
