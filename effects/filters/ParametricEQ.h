@@ -25,13 +25,31 @@ struct PeakingDesign {
 // From the normalised parameters; the sample rate does not enter.
 PeakingDesign designPeaking(float center, float q, float boost) noexcept;
 
+// The section's sum before the anti-denormal bias, in its one order of
+// evaluation, for a double (the plain loop) or lanes of doubles (several
+// channels at once); sharing the text keeps the two paths identical.
+struct PeakingSection {
+    static constexpr unsigned kCoefficients = 4;
+    // (The result is written through a reference: a wide vector returned by
+    // value would change the calling convention outside the AVX2 code.)
+    template <class T>
+    [[gnu::always_inline]] static inline void sum(T& result, const T* c, const T& x, const T& x1, const T& x2,
+                                                  const T& y1, const T& y2) noexcept {
+        result = ((c[1] * (x1 - y1) + c[0] * x) + c[2] * x2) + c[3] * y2;
+    }
+    static std::array<float, kCoefficients> coefficientArray(const PeakingDesign& d) noexcept {
+        return {d.c0, d.c1, d.c2, d.c3};
+    }
+};
+
 // One output sample. The input is read again after y is formed, before the
 // caller writes the output, so the same array may be input and output.
 inline float peakingKernel(const PeakingDesign& design, EqHistory& history, const float& input) noexcept {
-    const double c0 = design.c0, c1 = design.c1, c2 = design.c2, c3 = design.c3;
+    const double c[PeakingSection::kCoefficients] = {design.c0, design.c1, design.c2, design.c3};
     const double x = input;
     const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
-    const double sum = ((c1 * (x1 - y1) + c0 * x) + c2 * x2) + c3 * y2;
+    double sum;
+    PeakingSection::sum(sum, c, x, x1, x2, y1, y2);
     const float y = toFloat(sum + kEqAntiDenormal);
     history.y2 = history.y1;
     history.y1 = y;
@@ -71,13 +89,14 @@ protected:
     template <unsigned Channels, EqMode Mode>
     void run(float** inputs, float** outputs, VstInt32 frames) {
         PeakingDesign design = design_;
-        runEqBlock<Channels, Mode>(
+        runEqBlock<Channels, Mode, PeakingSection>(
             history_, inputs, outputs, frames,
             [&] {
                 refreshCoefficients();
                 design = design_;
             },
-            [&](EqHistory& history, const float& input) { return peakingKernel(design, history, input); });
+            [&](EqHistory& history, const float& input) { return peakingKernel(design, history, input); },
+            [&]() -> const PeakingDesign& { return design; });
     }
 
 private:

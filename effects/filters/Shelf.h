@@ -43,13 +43,31 @@ struct ShelfDesign {
 ShelfAngle shelfAngle(const ShelfShape& shape, float sampleRate) noexcept;
 ShelfDesign designShelf(const ShelfShape& shape, float sampleRate, float boost) noexcept;
 
+// The section's sum before the anti-denormal bias, in its one order of
+// evaluation, for a double (the plain loop) or lanes of doubles (several
+// channels at once); sharing the text keeps the two paths identical.
+struct ShelfSection {
+    static constexpr unsigned kCoefficients = 5;
+    // (The result is written through a reference: a wide vector returned by
+    // value would change the calling convention outside the AVX2 code.)
+    template <class T>
+    [[gnu::always_inline]] static inline void sum(T& result, const T* c, const T& x, const T& x1, const T& x2,
+                                                  const T& y1, const T& y2) noexcept {
+        result = (((c[1] * x1 + c[0] * x) + c[3] * y1) + c[2] * x2) + c[4] * y2;
+    }
+    static std::array<float, kCoefficients> coefficientArray(const ShelfDesign& d) noexcept {
+        return {d.c0, d.c1, d.c2, d.c3, d.c4};
+    }
+};
+
 // One output sample. The input is read again after y is formed, before the
 // caller writes the output, so the same array may be input and output.
 inline float shelfKernel(const ShelfDesign& design, EqHistory& history, const float& input) noexcept {
-    const double c0 = design.c0, c1 = design.c1, c2 = design.c2, c3 = design.c3, c4 = design.c4;
+    const double c[ShelfSection::kCoefficients] = {design.c0, design.c1, design.c2, design.c3, design.c4};
     const double x = input;
     const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
-    const double sum = (((c1 * x1 + c0 * x) + c3 * y1) + c2 * x2) + c4 * y2;
+    double sum;
+    ShelfSection::sum(sum, c, x, x1, x2, y1, y2);
     const float y = toFloat(sum + kEqAntiDenormal);
     history.y2 = history.y1;
     history.y1 = y;
@@ -89,13 +107,14 @@ protected:
     template <unsigned Channels, EqMode Mode>
     void run(float** inputs, float** outputs, VstInt32 frames) {
         ShelfDesign design = design_;
-        runEqBlock<Channels, Mode>(
+        runEqBlock<Channels, Mode, ShelfSection>(
             history_, inputs, outputs, frames,
             [&] {
                 refreshCoefficients();
                 design = design_;
             },
-            [&](EqHistory& history, const float& input) { return shelfKernel(design, history, input); });
+            [&](EqHistory& history, const float& input) { return shelfKernel(design, history, input); },
+            [&]() -> const ShelfDesign& { return design; });
     }
 
 private:

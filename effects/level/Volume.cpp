@@ -4,9 +4,12 @@
 #include <cmath>
 #include <new>
 
+#include <immintrin.h>
+
 #include "host/Factory.h"
 #include "host/FamilyShape.h"
 #include "host/Localized.h"
+#include "effects/filters/VectorPath.h"
 #include "Numeric.h"
 
 namespace AF {
@@ -32,8 +35,34 @@ bool isLevel(unsigned index) noexcept { return index == static_cast<unsigned>(kL
 
 }  // namespace
 
+namespace {
+
+// Eight samples per instruction where the processor has AVX2. Each lane is the
+// same single-precision product, operands in the same order, as the plain loop.
+__attribute__((target("avx2"))) VstInt32 scaleEightAtATime(float* samples, VstInt32 frames, float gain) noexcept {
+    const __m256 gains = _mm256_set1_ps(gain);
+    VstInt32 i = 0;
+    for (; frames - i >= 8; i += 8) _mm256_storeu_ps(samples + i, _mm256_mul_ps(_mm256_loadu_ps(samples + i), gains));
+    return i;
+}
+
+// Four samples per instruction, the SSE2 baseline.
+VstInt32 scaleFourAtATime(float* samples, VstInt32 frames, float gain) noexcept {
+    const __m128 gains = _mm_set1_ps(gain);
+    VstInt32 i = 0;
+    for (; frames - i >= 4; i += 4) _mm_storeu_ps(samples + i, _mm_mul_ps(_mm_loadu_ps(samples + i), gains));
+    return i;
+}
+
+}  // namespace
+
 void scaleInPlace(float* samples, VstInt32 frames, float gain) noexcept {
     VstInt32 i = 0;
+    switch (vectorPath()) {
+        case VectorPath::avx2: i = scaleEightAtATime(samples, frames, gain); break;
+        case VectorPath::sse2: i = scaleFourAtATime(samples, frames, gain); break;
+        case VectorPath::scalar: break;
+    }
     for (; i + 4 <= frames; i += 4) {
         samples[i] *= gain;
         samples[i + 1] *= gain;

@@ -1,0 +1,23 @@
+#pragma once
+// Which instruction set the multi-channel loops use: several channels per
+// instruction with SSE2 (two channels of doubles) or AVX2 (four), or the plain
+// per-channel loop. Every vector loop computes, lane by lane, the very
+// operations of the plain loop in the same order with the same roundings, so
+// the choice changes speed only, never a bit of the output.
+//
+// The widest set the processor offers is chosen once at load; the environment
+// variable AF_FORCE_SCALAR=1 keeps the plain loop. Tests may switch at run time.
+namespace AF {
+
+enum class VectorPath { scalar, sse2, avx2 };
+
+// The path the processing calls take now (one relaxed atomic load).
+VectorPath vectorPath() noexcept;
+
+// The widest path this processor runs, ignoring AF_FORCE_SCALAR.
+VectorPath widestVectorPath() noexcept;
+
+// For tests and benchmarks: selects a path, limited to what the processor runs.
+void setVectorPath(VectorPath path) noexcept;
+
+}  // namespace AF
