@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "Errors.h"
 #include "ModuleHost.h"
+#include "ValidateCommand.h"
 
 namespace afx {
 namespace {
@@ -23,6 +24,9 @@ constexpr const char* kHelp =
     "  render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [-e EFFECT ...]... [options]\n"
     "                                     INPUT through a chain of effects into OUTPUT\n"
     "  demo [OUTPUT]                      the bundled example through a default chain\n"
+    "  validate [EFFECT...] [--level N] [--seed N] [--json]\n"
+    "                                     checks every effect against crashes, allocation,\n"
+    "                                     subnormals, non-finite output and nondeterminism\n"
     "\n"
     "options:\n"
     "  --module PATH  the effects module (default: libAudioFilters.so beside afx)\n"
@@ -50,6 +54,13 @@ int run(std::vector<std::string> words) {
         if (word == "info") return infoCommand(arguments, modulePath);
         if (word == "render") return renderCommand(arguments, modulePath);
         if (word == "demo") return demoCommand(arguments, modulePath);
+        if (word == "validate") {
+            // The validator reads its own options; afx's module comes first so that
+            // a --module after the command still wins.
+            std::vector<std::string> rest = {"--module", modulePath};
+            while (!arguments.done()) rest.push_back(arguments.take());
+            return afv::runValidateCommand(rest);
+        }
         throw UsageError((looksLikeOption(word) ? "unknown option '" : "unknown command '") + word +
                          "'; commands are list, info, render and demo (see afx --help)");
     }

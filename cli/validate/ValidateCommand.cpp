@@ -1,0 +1,166 @@
+#include "ValidateCommand.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+#include "AudioEffect.h"
+#include "ML/VSTAudioFilterRegistry.h"
+
+namespace afv {
+namespace {
+
+// The exported start-up function by its mangled name: void AF::Startup().
+constexpr const char* kStartupSymbol = "_ZN2AF7StartupEv";
+constexpr const char* kModuleFile = "libAudioFilters.so";
+
+bool parseNumber(const std::string& text, long long low, long long high, long long& value) {
+    char* end = nullptr;
+    const long long parsed = std::strtoll(text.c_str(), &end, 10);
+    if (text.empty() || end == nullptr || *end != '\0' || parsed < low || parsed > high) return false;
+    value = parsed;
+    return true;
+}
+
+}  // namespace
+
+std::string validateUsage() {
+    return "usage: validate [EFFECT...] [--seed N] [--level 1..10] [--json] [--module PATH] [--jobs N] "
+           "[--timeout SECONDS]\n"
+           "  EFFECT   a registry identifier such as \"Internal Highpass Stereo\" (default: every registered effect)\n"
+           "  --seed   seed of every random choice (default 1); a failing case names it\n"
+           "  --level  thoroughness against time (default 5)\n"
+           "  --json   print the report as JSON\n"
+           "  --module the module to load (default: libAudioFilters.so beside this program)\n"
+           "  --jobs   checks run at once, each in a child process (default 2)\n"
+           "  --timeout seconds after which a check counts as stalled (default 60 + 30 x level)\n";
+}
+
+std::string defaultModulePath() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+    if (length <= 0) return kModuleFile;
+    std::string self(path, static_cast<std::size_t>(length));
+    const std::size_t slash = self.rfind('/');
+    return (slash == std::string::npos ? std::string() : self.substr(0, slash + 1)) + kModuleFile;
+}
+
+std::vector<EffectMaker> loadModuleEffects(const std::string& path, std::string& error) {
+    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        const char* why = dlerror();
+        error = "cannot load " + path + ": " + (why ? why : "unknown reason");
+        return {};
+    }
+    auto startup = reinterpret_cast<void (*)()>(dlsym(handle, kStartupSymbol));
+    if (startup == nullptr) {
+        error = path + " does not export AF::Startup";
+        return {};
+    }
+    // Only this module's registrations count: whatever the process held is dropped.
+    ML::VSTAudioFilterRegistry::Clear();
+    startup();
+    std::vector<EffectMaker> effects;
+    for (const auto& registration : ML::VSTAudioFilterRegistry::Registrations()) {
+        const Ordo::ImmutableString id = registration.id;
+        const ML::VSTAudioFilterRegistry::Factory factory = registration.factory;
+        EffectMaker maker;
+        maker.identifier = id.c_str();
+        maker.make = [id, factory](audioMasterCallback master, ML::VSTPropertySupportMixin** properties) -> AEffect* {
+            *properties = nullptr;
+            if (factory == nullptr) return nullptr;
+            AudioEffect* effect = factory(id, master, properties);
+            return effect == nullptr ? nullptr : effect->getAeffect();
+        };
+        effects.push_back(std::move(maker));
+    }
+    if (effects.empty()) error = path + " registered no effect";
+    return effects;
+}
+
+int runValidateCommand(const std::vector<std::string>& arguments) {
+    Options options;
+    bool json = false;
+    std::string modulePath;
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        auto value = [&](long long low, long long high, long long& out) {
+            if (i + 1 >= arguments.size() || !parseNumber(arguments[i + 1], low, high, out)) {
+                std::fprintf(stderr, "validate: %s needs a number from %lld to %lld\n%s", word.c_str(), low, high,
+                             validateUsage().c_str());
+                return false;
+            }
+            ++i;
+            return true;
+        };
+        long long number = 0;
+        if (word == "--help" || word == "-h") {
+            std::fputs(validateUsage().c_str(), stdout);
+            return 0;
+        } else if (word == "--json") {
+            json = true;
+        } else if (word == "--seed") {
+            if (!value(0, 9223372036854775807LL, number)) return 2;
+            options.seed = static_cast<std::uint64_t>(number);
+        } else if (word == "--level") {
+            if (!value(1, 10, number)) return 2;
+            options.level = static_cast<int>(number);
+        } else if (word == "--jobs") {
+            if (!value(1, 64, number)) return 2;
+            options.jobs = static_cast<int>(number);
+        } else if (word == "--timeout") {
+            if (!value(1, 86400, number)) return 2;
+            options.timeoutSeconds = static_cast<double>(number);
+        } else if (word == "--module") {
+            if (i + 1 >= arguments.size()) {
+                std::fprintf(stderr, "validate: --module needs a path\n%s", validateUsage().c_str());
+                return 2;
+            }
+            modulePath = arguments[++i];
+        } else if (!word.empty() && word[0] == '-') {
+            std::fprintf(stderr, "validate: unknown option %s\n%s", word.c_str(), validateUsage().c_str());
+            return 2;
+        } else {
+            names.push_back(word);
+        }
+    }
+    if (modulePath.empty()) modulePath = defaultModulePath();
+    std::string error;
+    std::vector<EffectMaker> registered = loadModuleEffects(modulePath, error);
+    if (registered.empty()) {
+        std::fprintf(stderr, "validate: %s\n", error.c_str());
+        return 2;
+    }
+    std::vector<EffectMaker> chosen;
+    if (names.empty()) {
+        chosen = registered;
+    } else {
+        for (const std::string& name : names) {
+            bool found = false;
+            for (const EffectMaker& maker : registered) {
+                if (maker.identifier == name) {
+                    chosen.push_back(maker);
+                    found = true;
+                    break;
+                }
+            }
+            if (!found) {
+                std::fprintf(stderr, "validate: no registered effect is called \"%s\"\n", name.c_str());
+                return 2;
+            }
+        }
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const std::vector<CheckResult> results = validateIsolated(chosen, options);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    const std::string report = json ? formatJson(results, seconds, options) : formatText(results, seconds);
+    std::fputs(report.c_str(), stdout);
+    std::fflush(stdout);
+    return tally(results).failed == 0 ? 0 : 1;
+}
+
+}  // namespace afv
