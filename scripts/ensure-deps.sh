@@ -2,7 +2,12 @@
 # Installs the Debian packages the build needs, only those that are missing.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev)
+# Build: compilers, CMake, GoogleTest, Google Benchmark, libsndfile (afx), the LADSPA and LV2 headers (bridges).
+# Tests: clang with libFuzzer (fuzz/run.sh) and the real hosts the bridges are tried in.
+packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev ladspa-sdk lv2-dev)
+if [ "${1:-}" = --tests ]; then
+  packages+=(clang libclang-rt-14-dev ffmpeg sox lv2file lilv-utils sordi)
+fi
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")

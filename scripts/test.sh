@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Builds and runs every test: a Release build, then the same suite under the
-# address and undefined-behaviour sanitizers.
+# address and undefined-behaviour sanitizers, then the validator over every
+# registered effect in both builds, then each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/ensure-deps.sh
+bash scripts/ensure-deps.sh --tests
 jobs=$(nproc 2>/dev/null || echo 2)
 
 run_suite() {  # build folder, extra CMake arguments...
@@ -18,4 +19,12 @@ run_suite() {  # build folder, extra CMake arguments...
 run_suite build -DCMAKE_BUILD_TYPE=Release
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DAF_SANITIZE=ON
-echo "All tests passed (Release and sanitizers)."
+echo "== Validating every registered effect (Release, level 5; sanitizers, level 2)"
+build/bin/afx validate --level 5
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  build-sanitize/bin/afx validate --level 2
+
+echo "== Fuzzing: each target for 60 seconds"
+bash fuzz/run.sh 60
+
+echo "All tests passed (Release, sanitizers, validator, fuzzers)."
