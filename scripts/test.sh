@@ -17,6 +17,8 @@ run_suite() {  # build folder, extra CMake arguments...
 }
 
 run_suite build -DCMAKE_BUILD_TYPE=Release
+echo "== The Release suite again with the vector kernels switched off (plain per-channel loops)"
+AF_FORCE_SCALAR=1 build/bin/af_tests --gtest_brief=1
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DAF_SANITIZE=ON
 echo "== Validating every registered effect (Release, level 5; sanitizers, level 2)"
