@@ -127,8 +127,11 @@ void assignSymbols(std::vector<Control>& controls) {
     std::set<std::string> used = {"in", "out"};
     for (Control& control : controls) {
         std::string symbol = joinedWords(control.name, '_');
-        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol = "p_" + symbol;
-        if (used.count(symbol) != 0) symbol += "_" + std::to_string(control.index + 1);
+        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol.insert(0, "p_");
+        if (used.count(symbol) != 0) {
+            symbol += '_';
+            symbol += std::to_string(control.index + 1);
+        }
         used.insert(symbol);
         control.symbol = symbol;
     }

@@ -64,7 +64,7 @@ std::optional<ListedPlugin> parseAnalyseplugin(const std::string& output) {
         } else {
             // Port lines: ["Ports:"]\t"Name" input, control, LOW to HIGH, default D[, logarithmic]
             const std::size_t open = line.find('"');
-            if (open == std::string::npos || line.find("Ports:") == std::string::npos && line[0] != '\t') continue;
+            if (open == std::string::npos || (line.find("Ports:") == std::string::npos && line[0] != '\t')) continue;
             const std::size_t close = line.find('"', open + 1);
             if (close == std::string::npos) continue;
             ListedPort port;

@@ -115,7 +115,11 @@ protected:
 std::string ffmpegLadspaFilter(const RenderCase& c) {
     std::string controls;
     for (std::size_t k = 0; k < c.controls.size(); ++k) {
-        controls += (k == 0 ? "" : "|") + std::string("c") + std::to_string(k) + "=" + number(c.controls[k]);
+        if (k != 0) controls += '|';
+        controls += 'c';
+        controls += std::to_string(k);
+        controls += '=';
+        controls += number(c.controls[k]);
     }
     std::string filter = "ladspa=f=audiofilters-ladspa:p=" + expectedLabel(c.identifier);
     if (!controls.empty()) filter += ":c=" + controls;

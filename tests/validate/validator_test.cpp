@@ -185,12 +185,16 @@ TEST(Validator, ReportEndsWithTheTally) {
 
 TEST(AllocationWatch, CountsOperatorNewOnlyInsideAnAudioCall) {
     const afv::AllocationTally before = afv::audioCallTally();
-    delete new int(1);  // outside: not counted
+    // The pointer goes through a volatile so that an optimising build cannot
+    // elide the allocation pair the tally is meant to see.
+    int* volatile outside = new int(1);  // outside: not counted
+    delete outside;
     EXPECT_EQ(afv::audioCallTally().allocations, before.allocations);
     afv::AllocationTally inside;
     {
         afv::AudioCallScope scope;
-        delete new int(2);
+        int* volatile allocated = new int(2);
+        delete allocated;
         inside = scope.tally();
     }
     EXPECT_EQ(inside.allocations, 1u);
