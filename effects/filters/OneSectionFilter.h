@@ -223,7 +223,9 @@ protected:
 };
 
 // One processing loop for every channel count: frame by frame up to six
-// channels, channel by channel for sixteen (see ChannelOrder.h).
+// channels, channel by channel for sixteen (see ChannelOrder.h). From four
+// channels on, the channels run several per instruction where the processor
+// allows (see VectorPath.h), with the same samples as the plain loop.
 template <class Family, unsigned Channels>
 class AF_EXPORT SectionVariant : public Family {
 public:
