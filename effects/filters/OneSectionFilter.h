@@ -20,6 +20,7 @@
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
+#include "VectorPath.h"
 
 namespace AF {
 
@@ -109,6 +110,67 @@ inline float sectionStep(const SectionDesign& d, SectionHistory& h, float x, flo
     return yf;
 }
 
+// The kernel for `Width` channels at once, one per lane: the same double
+// operations as sectionStep in the same order, the sum converted to float once
+// per lane.
+template <SectionResponse Response, unsigned Width>
+struct SectionLanes {
+    using D = typename LaneTypes<Width>::D;
+    using F = typename LaneTypes<Width>::F;
+    struct Coefficients {
+        D b0, a1, a2;
+        explicit Coefficients(const SectionDesign& d)
+            : b0(D{} + static_cast<double>(d.b0)),
+              a1(D{} + static_cast<double>(d.a1)),
+              a2(D{} + static_cast<double>(d.a2)) {}
+    };
+    D x1, x2, y1, y2;
+
+    static double offset(VstInt32 frames, VstInt32 n) noexcept {
+        return static_cast<double>(sectionOffset<Response>(frames, n));
+    }
+    [[gnu::always_inline]] inline void load(const SectionHistory* h) noexcept {
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            x1[lane] = h[lane].x1;
+            x2[lane] = h[lane].x2;
+            y1[lane] = h[lane].y1;
+            y2[lane] = h[lane].y2;
+        }
+    }
+    [[gnu::always_inline]] inline void store(SectionHistory* h) const noexcept {
+        for (unsigned lane = 0; lane < Width; ++lane)  // exact: the lanes hold floats
+            h[lane] = {toFloat(x1[lane]), toFloat(x2[lane]), toFloat(y1[lane]), toFloat(y2[lane])};
+    }
+    [[gnu::always_inline]] inline F advance(const Coefficients& c, const D& x, const D& offset) noexcept {
+        D y;
+        if constexpr (Response == SectionResponse::Bandpass)
+            y = (x - x2) * c.b0 - c.a1 * y1 - c.a2 * y2 + offset;
+        else
+            y = (x1 - y1) * c.a1 + (x + x2) * c.b0 - c.a2 * y2 + offset;
+        const F yf = __builtin_convertvector(y, F);
+        y2 = y1;
+        y1 = __builtin_convertvector(yf, D);
+        x2 = x1;
+        x1 = x;
+        return yf;
+    }
+};
+
+template <SectionResponse Response, unsigned Channels, bool Accumulate>
+void runSectionLanesSse2(std::array<SectionHistory, Channels>& h, float** inputs, float** outputs, VstInt32 frames,
+                         const SectionDesign& d) {
+    using Pair = SectionLanes<Response, 2>;
+    runLaneGroups<Pair, Pair, Channels, Accumulate>(h, inputs, outputs, frames, d);
+}
+
+// Compiled for AVX2 on its own; called only where the processor has it.
+template <SectionResponse Response, unsigned Channels, bool Accumulate>
+__attribute__((target("avx2"))) void runSectionLanesAvx2(std::array<SectionHistory, Channels>& h, float** inputs,
+                                                         float** outputs, VstInt32 frames, const SectionDesign& d) {
+    runLaneGroups<SectionLanes<Response, 4>, SectionLanes<Response, 2>, Channels, Accumulate>(h, inputs, outputs,
+                                                                                              frames, d);
+}
+
 inline constexpr ParameterRow kCenterQRows[] = {
     {"$$$/Korvex/AudioFilters/Center=Center", kHertzLabelKey, 0.25f},
     {"$$$/Korvex/AudioFilters/Q=Q", nullptr, 0.5f},
@@ -161,7 +223,9 @@ protected:
 };
 
 // One processing loop for every channel count: frame by frame up to six
-// channels, channel by channel for sixteen (see ChannelOrder.h).
+// channels, channel by channel for sixteen (see ChannelOrder.h). From four
+// channels on, the channels run several per instruction where the processor
+// allows (see VectorPath.h), with the same samples as the plain loop.
 template <class Family, unsigned Channels>
 class AF_EXPORT SectionVariant : public Family {
 public:
@@ -201,20 +265,32 @@ void SectionVariant<Family, Channels>::run(float** inputs, float** outputs, VstI
     std::array<SectionHistory, Channels> h{};
     for (unsigned c = 0; c < Channels && usable; ++c) h[c] = {memory[c][0], memory[c][1], memory[c][2], memory[c][3]};
     SectionDesign d;
-    forEachSampleInChannelOrder<Channels>(
-        frames,
-        [&] {
-            this->refreshDesign();
-            d = this->design;
-        },
-        [&](unsigned c, VstInt32 n) {
-            const float x = inputs[c][n];  // read before the write: in place is safe
-            const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
-            if constexpr (Accumulate)
-                outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-            else
-                outputs[c][n] = y;
-        });
+    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
+    if (path == VectorPath::scalar) {
+        forEachSampleInChannelOrder<Channels>(
+            frames,
+            [&] {
+                this->refreshDesign();
+                d = this->design;
+            },
+            [&](unsigned c, VstInt32 n) {
+                const float x = inputs[c][n];  // read before the write: in place is safe
+                const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
+                if constexpr (Accumulate)
+                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+                else
+                    outputs[c][n] = y;
+            });
+    } else if constexpr (Channels >= 4) {
+        // One refresh for all channels, also for sixteen, whose plain loop
+        // refreshes before each channel's pass: the two differ only when a host
+        // stores a parameter from another thread during the call, and either
+        // way the change reaches the next call.
+        this->refreshDesign();
+        d = this->design;
+        if (path == VectorPath::avx2) runSectionLanesAvx2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        else runSectionLanesSse2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
+    }
     for (unsigned c = 0; c < Channels && usable; ++c) {
         memory[c][0] = h[c].x1;
         memory[c][1] = h[c].x2;

@@ -20,6 +20,7 @@
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
+#include "VectorPath.h"
 
 namespace AF {
 
@@ -101,6 +102,79 @@ inline float cascadeStep(const CascadeDesign& d, CascadeHistory& h, float x, flo
     return yf;
 }
 
+// The kernel for `Width` channels at once, one per lane: the same double
+// operations as cascadeStep in the same order, each section's sum converted
+// to float once per lane.
+template <CascadeResponse Response, unsigned Width>
+struct CascadeLanes {
+    using D = typename LaneTypes<Width>::D;
+    using F = typename LaneTypes<Width>::F;
+    struct Coefficients {
+        D gain, feedback1, feedback2;
+        explicit Coefficients(const CascadeDesign& d)
+            : gain(D{} + static_cast<double>(d.gain)),
+              feedback1(D{} + static_cast<double>(d.feedback1)),
+              feedback2(D{} + static_cast<double>(d.feedback2)) {}
+    };
+    D x1, x2, s1, s2, y1, y2;
+
+    static double offset(VstInt32 frames, VstInt32 n) noexcept {
+        return static_cast<double>(cascadeOffset<Response>(frames, n));
+    }
+    [[gnu::always_inline]] inline void load(const CascadeHistory* h) noexcept {
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            x1[lane] = h[lane].x1;
+            x2[lane] = h[lane].x2;
+            s1[lane] = h[lane].s1;
+            s2[lane] = h[lane].s2;
+            y1[lane] = h[lane].y1;
+            y2[lane] = h[lane].y2;
+        }
+    }
+    [[gnu::always_inline]] inline void store(CascadeHistory* h) const noexcept {
+        for (unsigned lane = 0; lane < Width; ++lane) {
+            h[lane] = {toFloat(x1[lane]), toFloat(x2[lane]), toFloat(s1[lane]),  // exact: the lanes hold floats
+                       toFloat(s2[lane]), toFloat(y1[lane]), toFloat(y2[lane])};
+        }
+    }
+    [[gnu::always_inline]] inline F advance(const Coefficients& c, const D& x, const D& offset) noexcept {
+        D s;
+        if constexpr (Response == CascadeResponse::Highpass)
+            s = (x - 2.0 * x1 + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
+        else
+            s = (2.0 * x1 + x + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
+        const D sf = __builtin_convertvector(__builtin_convertvector(s, F), D);
+        D y;
+        if constexpr (Response == CascadeResponse::Highpass)
+            y = (sf - 2.0 * s1 + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
+        else
+            y = (2.0 * s1 + sf + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
+        const F yf = __builtin_convertvector(y, F);
+        y2 = y1;
+        y1 = __builtin_convertvector(yf, D);
+        s2 = s1;
+        s1 = sf;
+        x2 = x1;
+        x1 = x;
+        return yf;
+    }
+};
+
+template <CascadeResponse Response, unsigned Channels, bool Accumulate>
+void runCascadeLanesSse2(std::array<CascadeHistory, Channels>& h, float** inputs, float** outputs, VstInt32 frames,
+                         const CascadeDesign& d) {
+    using Pair = CascadeLanes<Response, 2>;
+    runLaneGroups<Pair, Pair, Channels, Accumulate>(h, inputs, outputs, frames, d);
+}
+
+// Compiled for AVX2 on its own; called only where the processor has it.
+template <CascadeResponse Response, unsigned Channels, bool Accumulate>
+__attribute__((target("avx2"))) void runCascadeLanesAvx2(std::array<CascadeHistory, Channels>& h, float** inputs,
+                                                         float** outputs, VstInt32 frames, const CascadeDesign& d) {
+    runLaneGroups<CascadeLanes<Response, 4>, CascadeLanes<Response, 2>, Channels, Accumulate>(h, inputs, outputs,
+                                                                                              frames, d);
+}
+
 inline constexpr ParameterRow kCutoffRows[] = {
     {"$$$/Korvex/AudioFilters/Cutoff=Cutoff", kHertzLabelKey, 0.25f},
 };
@@ -150,7 +224,9 @@ protected:
 };
 
 // One processing loop for every channel count: frame by frame up to six
-// channels, channel by channel for sixteen (see ChannelOrder.h).
+// channels, channel by channel for sixteen (see ChannelOrder.h). From four
+// channels on, the channels run several per instruction where the processor
+// allows (see VectorPath.h), with the same samples as the plain loop.
 template <class Family, unsigned Channels>
 class AF_EXPORT CascadeVariant : public Family {
 public:
@@ -199,20 +275,32 @@ void CascadeVariant<Family, Channels>::run(float** inputs, float** outputs, VstI
     std::array<CascadeHistory, Channels> h{};
     for (unsigned c = 0; c < Channels && usable; ++c) h[c] = load(memory[c]);
     CascadeDesign d;
-    forEachSampleInChannelOrder<Channels>(
-        frames,
-        [&] {
-            this->refreshDesign();
-            d = this->design;
-        },
-        [&](unsigned c, VstInt32 n) {
-            const float x = inputs[c][n];  // read before the write: in place is safe
-            const float y = cascadeStep<response>(d, h[c], x, cascadeOffset<response>(frames, n));
-            if constexpr (Accumulate)
-                outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-            else
-                outputs[c][n] = y;
-        });
+    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
+    if (path == VectorPath::scalar) {
+        forEachSampleInChannelOrder<Channels>(
+            frames,
+            [&] {
+                this->refreshDesign();
+                d = this->design;
+            },
+            [&](unsigned c, VstInt32 n) {
+                const float x = inputs[c][n];  // read before the write: in place is safe
+                const float y = cascadeStep<response>(d, h[c], x, cascadeOffset<response>(frames, n));
+                if constexpr (Accumulate)
+                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+                else
+                    outputs[c][n] = y;
+            });
+    } else if constexpr (Channels >= 4) {
+        // One refresh for all channels, also for sixteen, whose plain loop
+        // refreshes before each channel's pass: the two differ only when a host
+        // stores the cutoff from another thread during the call, and either way
+        // the change reaches the next call.
+        this->refreshDesign();
+        d = this->design;
+        if (path == VectorPath::avx2) runCascadeLanesAvx2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        else runCascadeLanesSse2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
+    }
     for (unsigned c = 0; c < Channels && usable; ++c) store(h[c], memory[c]);
 }
 
