@@ -6,6 +6,7 @@
 
 #include <immintrin.h>
 
+#include "SampleGroups.h"
 #include "effects/filters/VectorPath.h"
 
 #include "host/Factory.h"
@@ -51,13 +52,6 @@ __attribute__((target("avx2"))) VstInt32 invertEightAtATime(const float* in, flo
     return frame;
 }
 
-bool sameOrApart(const float* in, const float* out, VstInt32 frames) noexcept {
-    const auto a = reinterpret_cast<std::uintptr_t>(in);
-    const auto b = reinterpret_cast<std::uintptr_t>(out);
-    const auto bytes = static_cast<std::uintptr_t>(frames) * sizeof(float);
-    return a == b || a + bytes <= b || b + bytes <= a;
-}
-
 template <unsigned Channels, class Rule>
 void invertChannels(float** inputs, float** outputs, VstInt32 sampleFrames) noexcept {
     if (inputs == nullptr || outputs == nullptr || sampleFrames <= 0) return;
@@ -67,8 +61,12 @@ void invertChannels(float** inputs, float** outputs, VstInt32 sampleFrames) noex
         float* out = outputs[channel];
         if (in == nullptr || out == nullptr) continue;
         VstInt32 frame = 0;
-        if (vectorPath() == VectorPath::avx2 && sameOrApart(in, out, sampleFrames))
-            frame = invertEightAtATime<Rule>(in, out, sampleFrames);
+        if (vectorPath() == VectorPath::avx2 && sameOrApart(in, out, sampleFrames)) {
+            // Single samples up to the output's 32-byte boundary, then groups.
+            for (const VstInt32 lead = framesToBoundary(out, sampleFrames); frame < lead; ++frame)
+                out[frame] = Rule::apply(in[frame], out[frame]);
+            frame += invertEightAtATime<Rule>(in + frame, out + frame, sampleFrames - frame);
+        }
         for (; frame < unrolledFrames; frame += 4) {
             out[frame] = Rule::apply(in[frame], out[frame]);
             out[frame + 1] = Rule::apply(in[frame + 1], out[frame + 1]);

@@ -11,6 +11,7 @@
 #include "host/Localized.h"
 #include "effects/filters/VectorPath.h"
 #include "Numeric.h"
+#include "SampleGroups.h"
 
 namespace AF {
 
@@ -58,9 +59,14 @@ VstInt32 scaleFourAtATime(float* samples, VstInt32 frames, float gain) noexcept 
 
 void scaleInPlace(float* samples, VstInt32 frames, float gain) noexcept {
     VstInt32 i = 0;
-    switch (vectorPath()) {
-        case VectorPath::avx2: i = scaleEightAtATime(samples, frames, gain); break;
-        case VectorPath::sse2: i = scaleFourAtATime(samples, frames, gain); break;
+    const VectorPath path = vectorPath();
+    // Single samples up to a 32-byte boundary, so that no group's store
+    // straddles two cache lines; the order of the samples does not matter.
+    if (path != VectorPath::scalar)
+        for (const VstInt32 lead = framesToBoundary(samples, frames); i < lead; ++i) samples[i] *= gain;
+    switch (path) {
+        case VectorPath::avx2: i += scaleEightAtATime(samples + i, frames - i, gain); break;
+        case VectorPath::sse2: i += scaleFourAtATime(samples + i, frames - i, gain); break;
         case VectorPath::scalar: break;
     }
     for (; i + 4 <= frames; i += 4) {
