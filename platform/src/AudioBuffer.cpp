@@ -27,6 +27,8 @@ loops::Width detectWidth() noexcept {
 #endif
 }
 
+// Code that runs before this library's initialisers (another library's
+// start-up) reads it zero-initialised, which is the plain width.
 const loops::Width kWidth = detectWidth();
 
 int roundUpToPowerOfTwo(int alignment) {

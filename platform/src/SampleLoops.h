@@ -20,6 +20,7 @@
 
 namespace AR::loops {
 
+// plain comes first: a zero-initialised width is the plain loop.
 enum class Width { plain, sse2, avx2 };
 
 // True when the two arrays of `frames` floats are the same array or apart.
