@@ -99,10 +99,11 @@ void AudioEnvelope::processReplacing(float** /*inputs*/, float** outputs, VstInt
         unity = (currentGain == kUnityGain);
     }
     if (unity || outputs == nullptr || sampleFrames <= 0) return;
-    // The host passes the input in the output buffers: the gain is applied there in place.
-    outputShell.Assign(outputs, sampleFrames);
+    // The host passes the input in the output buffers: the gain is applied
+    // there in place, straight on the host's arrays (wrapping them in the
+    // shell first would cost more than scaling a short block).
     for (unsigned c = 0; c < channelCount; ++c) {
-        float* channel = outputShell.GetChannel(static_cast<int>(c));
+        float* channel = outputs[c];
         if (channel != nullptr) scaleInPlace(channel, sampleFrames, currentGain);
     }
 }
