@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(__x86_64__)
 #include <immintrin.h>
 #define AR_SAMPLE_LOOPS_X86 1
 #endif
