@@ -251,8 +251,8 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
             std::uint32_t writePos = writePos_;
             std::uint32_t readPos = readPos_;
             for (VstInt32 i = 0; i < frames; ++i) {
-                const float* readFrame = delayLine_.frame(delayLine_.slot(readPos));
-                float* writeFrame = delayLine_.frame(delayLine_.slot(writePos));
+                const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
+                float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
                 const float input = in[i];
                 feed(readFrame, writeFrame, c, input, feedback, delay::denormalNoise(frames, i));
                 if constexpr (Accumulate)
@@ -275,8 +275,8 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
         std::uint32_t readPos = readPos_;
         for (VstInt32 i = 0; i < frames; ++i) {
             const float noise = delay::denormalNoise(frames, i);
-            const float* readFrame = delayLine_.frame(delayLine_.slot(readPos));
-            float* writeFrame = delayLine_.frame(delayLine_.slot(writePos));
+            const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
+            float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
             if constexpr (Channels == 2 && Accumulate) {
                 // The stereo accumulating call crosses over: the left output
                 // hears the right line (before this frame's write to it), the

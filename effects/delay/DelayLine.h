@@ -79,6 +79,11 @@ public:
 
     // The samples of every channel at a slot, channel 0 first.
     float* frame(std::uint32_t slot) noexcept { return samples_ + static_cast<std::size_t>(slot) * channels_; }
+    // The same, for a loop that knows the channel count.
+    template <unsigned Channels>
+    float* frame(std::uint32_t slot) noexcept {
+        return samples_ + static_cast<std::size_t>(slot) * Channels;
+    }
 
     // Where a position lands in the storage: itself inside the line, the
     // spare frame at or past its end.

@@ -95,22 +95,19 @@ struct TapRun {
 struct TapFrame {
     std::array<const float*, kTaps> tap;
     float* write;
-    bool tapHearsWrite = false;  // some tap reads the slot written this frame
 
-    explicit TapFrame(TapRun& run) noexcept {
-        const std::uint32_t writeSlot = run.line.slot(run.writePos);
-        write = run.line.frame(writeSlot);
-        for (unsigned k = 0; k < kTaps; ++k) {
-            const std::uint32_t tapSlot = run.line.slot(run.tapPos[k]);
-            tap[k] = run.line.frame(tapSlot);
-            tapHearsWrite = tapHearsWrite || tapSlot == writeSlot;
-        }
+    template <unsigned Channels>
+    static TapFrame at(TapRun& run) noexcept {
+        TapFrame frame;
+        frame.write = run.line.frame<Channels>(run.line.slot(run.writePos));
+        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.frame<Channels>(run.line.slot(run.tapPos[k]));
+        return frame;
     }
 };
 
 // One frame of channel c: the line fed, and the taps heard scaled by the wet
 // gain (in double; the caller forms the output).
-inline double tapFrame(const TapRun& run, const TapFrame& at, unsigned c, float input, double noise) noexcept {
+inline double tapStep(const TapRun& run, const TapFrame& at, unsigned c, float input, double noise) noexcept {
     // Fed back: tap 1, the input, taps 2 to 4, the noise, summed in double
     // from left to right and rounded once.
     double fed = static_cast<double>(at.tap[0][c]) * static_cast<double>(run.feedback[0]);
@@ -334,11 +331,11 @@ void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames
     auto runPlain = [&](unsigned first, unsigned last) {
         TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
         for (VstInt32 i = 0; i < frames; ++i) {
-            const TapFrame at(run);
+            const TapFrame at = TapFrame::at<Channels>(run);
             const double noise = delay::denormalNoise(frames, i);
             for (unsigned c = first; c < last; ++c) {
                 const float input = inputs[c][i];
-                const double wet = tapFrame(run, at, c, input, noise);
+                const double wet = tapStep(run, at, c, input, noise);
                 if constexpr (Accumulate)
                     outputs[c][i] = toFloat(wet + static_cast<double>(outputs[c][i]));
                 else
