@@ -63,7 +63,7 @@ inline float accumulated(float heard, float wetGain, float out) noexcept {
 template <unsigned Width, bool Accumulate>
 [[gnu::always_inline]] inline void feedLanes(const float* readFrame, float* writeFrame, bool undelayed, unsigned c,
                                              const float* in, float* out, double feedback, double wetGain,
-                                             double dryGain, double noise) noexcept {
+                                             double dryGain, const typename delay::Lanes<Width>::D& noise) noexcept {
     using L = delay::Lanes<Width>;
     typename L::D input, delayed;
     L::load(input, in + c);
@@ -108,23 +108,55 @@ template <unsigned Width, unsigned Channels, bool Accumulate>
     delay::RowStretch<Channels> rows;
     for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
         const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
-        for (VstInt32 j = 0; j < count; ++j) {
+        VstInt32 j = 0;
+        while (j < count) {
+            const float* in = rows.in + j * Channels;
+            float* out = rows.out + j * Channels;
+            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
+                // Two frames at once where both positions step on without a
+                // wrap and the second frame does not read the slot the first
+                // writes (a delay of one frame). Each group stores before a
+                // later group loads; those never overlap what an earlier
+                // group stored, so every lane reads what the plain loop reads.
+                if (j + 1 < count && delay::nextIsAdjacent(readPos, length) && delay::nextIsAdjacent(writePos, length) &&
+                    readPos + 1 != writePos) {
+                    const double first = delay::denormalNoise(frames, start + j);
+                    const double second = delay::denormalNoise(frames, start + j + 1);
+                    const float* readFrame = samples + static_cast<std::size_t>(readPos) * Channels;
+                    float* writeFrame = samples + static_cast<std::size_t>(writePos) * Channels;
+                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
+                        LanesD4 noise;
+                        delay::pairNoise<Channels>(noise, group, first, second);
+                        feedLanes<4, Accumulate>(readFrame, writeFrame, readPos == writePos, 4 * group, in, out,
+                                                 feedback, wetGain, dryGain, noise);
+                    }
+                    for (int step = 0; step < 2; ++step) {
+                        delay::advance(writePos, length);
+                        delay::advance(readPos, length);
+                    }
+                    j += 2;
+                    continue;
+                }
+            }
             const double noise = delay::denormalNoise(frames, start + j);
             const std::uint32_t readSlot = delay::slotOf(readPos, length);
             const std::uint32_t writeSlot = delay::slotOf(writePos, length);
             const float* readFrame = samples + static_cast<std::size_t>(readSlot) * Channels;
             float* writeFrame = samples + static_cast<std::size_t>(writeSlot) * Channels;
-            const float* in = rows.in + j * Channels;
-            float* out = rows.out + j * Channels;
             unsigned c = 0;
-            for (; c + Width <= Channels; c += Width)
+            for (; c + Width <= Channels; c += Width) {
+                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
                 feedLanes<Width, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback,
-                                             wetGain, dryGain, noise);
-            if constexpr (Channels % Width == 2)
+                                             wetGain, dryGain, wide);
+            }
+            if constexpr (Channels % Width == 2) {
+                const LanesD2 pair = LanesD2{} + noise;
                 feedLanes<2, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback, wetGain,
-                                         dryGain, noise);
+                                         dryGain, pair);
+            }
             delay::advance(writePos, length);
             delay::advance(readPos, length);
+            ++j;
         }
         rows.store(outputs, start, count);
     }

@@ -13,6 +13,7 @@
 // for bit.
 #include <immintrin.h>
 
+#include <cstdint>
 #include <cstring>
 
 #include "AEffect.h"
@@ -59,6 +60,24 @@ struct Lanes<4> {
     }
 };
 #pragma GCC diagnostic pop
+
+// Two or six channels leave a pair of lanes over after the groups of four;
+// two frames side by side fill whole groups of four instead. The loops take
+// two frames at once where neither frame reads what the other writes (see the
+// families). A frame's noise goes to that frame's lanes: `first` to the lanes
+// of the first frame in group `group`, `second` to those of the second.
+template <unsigned Channels>
+inline constexpr bool kFramePairs = Channels % 4 == 2;
+
+// The position and the next one are both inside the line (no wrap between).
+inline bool nextIsAdjacent(std::uint32_t position, std::uint32_t length) noexcept {
+    return position < length && length - position > 1;
+}
+
+template <unsigned Channels>
+[[gnu::always_inline]] inline void pairNoise(LanesD4& into, unsigned group, double first, double second) noexcept {
+    for (unsigned lane = 0; lane < 4; ++lane) into[lane] = group * 4 + lane < Channels ? first : second;
+}
 
 // Frames of a call are turned into rows this many at a time.
 inline constexpr VstInt32 kRowFrames = 64;

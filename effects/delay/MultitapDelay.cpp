@@ -139,7 +139,7 @@ struct TapLaneState {
 template <unsigned Width, bool Accumulate>
 [[gnu::always_inline]] inline void tapLanes(const TapLaneState& run, const std::array<const float*, kTaps>& tapFrame,
                                             float* writeFrame, bool tapHearsWrite, unsigned c, const float* in,
-                                            float* out, double noise) noexcept {
+                                            float* out, const typename delay::Lanes<Width>::D& noise) noexcept {
     using L = delay::Lanes<Width>;
     typename L::D input, tap[kTaps];
     L::load(input, in + c);
@@ -177,7 +177,41 @@ template <unsigned Width, unsigned Channels, bool Accumulate>
     delay::RowStretch<Channels> rows;
     for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
         const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
-        for (VstInt32 j = 0; j < count; ++j) {
+        VstInt32 j = 0;
+        while (j < count) {
+            const float* in = rows.in + j * Channels;
+            float* out = rows.out + j * Channels;
+            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
+                // Two frames at once where every position steps on without a
+                // wrap, no tap hears the write, and no tap of the second frame
+                // reads the slot the first writes (a tap one frame behind).
+                // Each group stores before a later group loads; those never
+                // overlap what an earlier group stored, so every lane reads
+                // what the plain loop reads.
+                bool pairable = j + 1 < count && delay::nextIsAdjacent(run.writePos, run.length);
+                for (unsigned k = 0; k < kTaps; ++k)
+                    pairable = pairable && delay::nextIsAdjacent(run.tapPos[k], run.length) &&
+                               run.tapPos[k] != run.writePos && run.tapPos[k] + 1 != run.writePos;
+                if (pairable) {
+                    const double first = delay::denormalNoise(frames, start + j);
+                    const double second = delay::denormalNoise(frames, start + j + 1);
+                    float* writeFrame = run.samples + static_cast<std::size_t>(run.writePos) * Channels;
+                    std::array<const float*, kTaps> tapFrame;
+                    for (unsigned k = 0; k < kTaps; ++k)
+                        tapFrame[k] = run.samples + static_cast<std::size_t>(run.tapPos[k]) * Channels;
+                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
+                        LanesD4 noise;
+                        delay::pairNoise<Channels>(noise, group, first, second);
+                        tapLanes<4, Accumulate>(run, tapFrame, writeFrame, false, 4 * group, in, out, noise);
+                    }
+                    for (int step = 0; step < 2; ++step) {
+                        delay::advance(run.writePos, run.length);
+                        for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
+                    }
+                    j += 2;
+                    continue;
+                }
+            }
             const std::uint32_t writeSlot = delay::slotOf(run.writePos, run.length);
             float* writeFrame = run.samples + static_cast<std::size_t>(writeSlot) * Channels;
             std::array<const float*, kTaps> tapFrame;
@@ -188,15 +222,18 @@ template <unsigned Width, unsigned Channels, bool Accumulate>
                 tapHearsWrite = tapHearsWrite || tapSlot == writeSlot;
             }
             const double noise = delay::denormalNoise(frames, start + j);
-            const float* in = rows.in + j * Channels;
-            float* out = rows.out + j * Channels;
             unsigned c = 0;
-            for (; c + Width <= Channels; c += Width)
-                tapLanes<Width, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, noise);
-            if constexpr (Channels % Width == 2)
-                tapLanes<2, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, noise);
+            for (; c + Width <= Channels; c += Width) {
+                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
+                tapLanes<Width, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, wide);
+            }
+            if constexpr (Channels % Width == 2) {
+                const LanesD2 pair = LanesD2{} + noise;
+                tapLanes<2, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, pair);
+            }
             delay::advance(run.writePos, run.length);
             for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
+            ++j;
         }
         rows.store(outputs, start, count);
     }
