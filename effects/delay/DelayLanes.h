@@ -82,78 +82,114 @@ template <unsigned Channels>
 // Frames of a call are turned into rows this many at a time.
 inline constexpr VstInt32 kRowFrames = 64;
 
-// Two floats to and from memory (the pair of channels left over by the groups
-// of four), as single 8-byte moves.
-[[gnu::always_inline]] inline void storeTwo(float* samples, __m128 lowTwo) noexcept {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(samples), _mm_castps_si128(lowTwo));
-}
-[[gnu::always_inline]] inline __m128 loadTwoAndTwo(const float* low, const float* high) noexcept {
-    const __m128i lowTwo = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(low));
-    const __m128i highTwo = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high));
-    return _mm_castsi128_ps(_mm_unpacklo_epi64(lowTwo, highTwo));
-}
-
 // Frames [start, start + count) of the host's channel arrays as rows: row j
 // holds frame start + j of every channel. Blocks of four frames go through a
-// 4 x 4 transpose (groups of four channels) or an interleave (a pair).
+// 4 x 4 transpose (groups of four channels) and an interleave (a pair left
+// over). With a pair left over, two rows hold a whole number of groups of
+// four, and the rows are written in exactly those groups: the loops that take
+// two frames at once then read each group as it was stored (a load that spans
+// two stores would wait for both).
 template <unsigned Channels>
 [[gnu::always_inline]] inline void toRows(float* const* channels, VstInt32 start, VstInt32 count,
                                           float* rows) noexcept {
     static_assert(Channels % 4 == 0 || Channels % 4 == 2, "groups of four and a pair");
+    constexpr unsigned kGroups = Channels / 4;
     VstInt32 j = 0;
     for (; j + 4 <= count; j += 4) {
         float* block = rows + j * Channels;
-        unsigned c = 0;
-        for (; c + 4 <= Channels; c += 4) {
-            __m128 r0 = _mm_loadu_ps(channels[c] + start + j);
-            __m128 r1 = _mm_loadu_ps(channels[c + 1] + start + j);
-            __m128 r2 = _mm_loadu_ps(channels[c + 2] + start + j);
-            __m128 r3 = _mm_loadu_ps(channels[c + 3] + start + j);
+        __m128 row[4][kGroups > 0 ? kGroups : 1];
+        for (unsigned g = 0; g < kGroups; ++g) {
+            __m128 r0 = _mm_loadu_ps(channels[4 * g] + start + j);
+            __m128 r1 = _mm_loadu_ps(channels[4 * g + 1] + start + j);
+            __m128 r2 = _mm_loadu_ps(channels[4 * g + 2] + start + j);
+            __m128 r3 = _mm_loadu_ps(channels[4 * g + 3] + start + j);
             _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-            _mm_storeu_ps(block + c, r0);
-            _mm_storeu_ps(block + Channels + c, r1);
-            _mm_storeu_ps(block + 2 * Channels + c, r2);
-            _mm_storeu_ps(block + 3 * Channels + c, r3);
+            row[0][g] = r0;
+            row[1][g] = r1;
+            row[2][g] = r2;
+            row[3][g] = r3;
         }
         if constexpr (Channels % 4 == 2) {
-            const __m128 a = _mm_loadu_ps(channels[c] + start + j);
-            const __m128 b = _mm_loadu_ps(channels[c + 1] + start + j);
-            const __m128 low = _mm_unpacklo_ps(a, b);   // a0 b0 a1 b1
-            const __m128 high = _mm_unpackhi_ps(a, b);  // a2 b2 a3 b3
-            storeTwo(block + c, low);
-            storeTwo(block + Channels + c, _mm_movehl_ps(low, low));
-            storeTwo(block + 2 * Channels + c, high);
-            storeTwo(block + 3 * Channels + c, _mm_movehl_ps(high, high));
+            const __m128 a = _mm_loadu_ps(channels[Channels - 2] + start + j);
+            const __m128 b = _mm_loadu_ps(channels[Channels - 1] + start + j);
+            // The pair of frames 0 and 1, then of frames 2 and 3: a0 b0 a1 b1, a2 b2 a3 b3.
+            const __m128 pairs[2] = {_mm_unpacklo_ps(a, b), _mm_unpackhi_ps(a, b)};
+            for (unsigned half = 0; half < 2; ++half) {
+                const __m128 pair = pairs[half];
+                const __m128(&first)[kGroups > 0 ? kGroups : 1] = row[2 * half];
+                const __m128(&second)[kGroups > 0 ? kGroups : 1] = row[2 * half + 1];
+                float* at = block + 2 * half * Channels;
+                // The first frame's groups; its pair with the start of the
+                // second frame; the second frame shifted by two lanes.
+                for (unsigned g = 0; g < kGroups; ++g) _mm_storeu_ps(at + 4 * g, first[g]);
+                at += 4 * kGroups;
+                if constexpr (kGroups == 0) {
+                    _mm_storeu_ps(at, pair);
+                } else {
+                    _mm_storeu_ps(at, _mm_movelh_ps(pair, second[0]));
+                    const __m128 secondPair = _mm_movehl_ps(pair, pair);
+                    for (unsigned g = 0; g < kGroups; ++g) {
+                        const __m128 next = g + 1 < kGroups ? second[g + 1] : secondPair;
+                        _mm_storeu_ps(at + 4 + 4 * g, _mm_shuffle_ps(second[g], next, _MM_SHUFFLE(1, 0, 3, 2)));
+                    }
+                }
+            }
+        } else {
+            for (unsigned k = 0; k < 4; ++k)
+                for (unsigned g = 0; g < kGroups; ++g) _mm_storeu_ps(block + k * Channels + 4 * g, row[k][g]);
         }
     }
     for (; j < count; ++j)
         for (unsigned c = 0; c < Channels; ++c) rows[j * Channels + c] = channels[c][start + j];
 }
 
-// The way back: rows [0, count) into frames [start, start + count) of the host's arrays.
+// The way back: rows [0, count) into frames [start, start + count) of the
+// host's arrays, read in the groups in which toRows writes them.
 template <unsigned Channels>
 [[gnu::always_inline]] inline void fromRows(const float* rows, float* const* channels, VstInt32 start,
                                             VstInt32 count) noexcept {
+    constexpr unsigned kGroups = Channels / 4;
     VstInt32 j = 0;
     for (; j + 4 <= count; j += 4) {
         const float* block = rows + j * Channels;
-        unsigned c = 0;
-        for (; c + 4 <= Channels; c += 4) {
-            __m128 r0 = _mm_loadu_ps(block + c);
-            __m128 r1 = _mm_loadu_ps(block + Channels + c);
-            __m128 r2 = _mm_loadu_ps(block + 2 * Channels + c);
-            __m128 r3 = _mm_loadu_ps(block + 3 * Channels + c);
+        __m128 row[4][kGroups > 0 ? kGroups : 1];
+        __m128 pairs[2];
+        if constexpr (Channels % 4 == 2) {
+            for (unsigned half = 0; half < 2; ++half) {
+                const float* at = block + 2 * half * Channels;
+                for (unsigned g = 0; g < kGroups; ++g) row[2 * half][g] = _mm_loadu_ps(at + 4 * g);
+                at += 4 * kGroups;
+                const __m128 middle = _mm_loadu_ps(at);
+                if constexpr (kGroups == 0) {
+                    pairs[half] = middle;
+                } else {
+                    // Undo the two-lane shift of the second frame.
+                    __m128 shifted[kGroups + 1];
+                    shifted[0] = middle;
+                    for (unsigned g = 0; g < kGroups; ++g) shifted[g + 1] = _mm_loadu_ps(at + 4 + 4 * g);
+                    for (unsigned g = 0; g < kGroups; ++g)
+                        row[2 * half + 1][g] = _mm_shuffle_ps(shifted[g], shifted[g + 1], _MM_SHUFFLE(1, 0, 3, 2));
+                    pairs[half] = _mm_shuffle_ps(middle, shifted[kGroups], _MM_SHUFFLE(3, 2, 1, 0));
+                }
+            }
+        } else {
+            for (unsigned k = 0; k < 4; ++k)
+                for (unsigned g = 0; g < kGroups; ++g) row[k][g] = _mm_loadu_ps(block + k * Channels + 4 * g);
+        }
+        for (unsigned g = 0; g < kGroups; ++g) {
+            __m128 r0 = row[0][g], r1 = row[1][g], r2 = row[2][g], r3 = row[3][g];
             _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-            _mm_storeu_ps(channels[c] + start + j, r0);
-            _mm_storeu_ps(channels[c + 1] + start + j, r1);
-            _mm_storeu_ps(channels[c + 2] + start + j, r2);
-            _mm_storeu_ps(channels[c + 3] + start + j, r3);
+            _mm_storeu_ps(channels[4 * g] + start + j, r0);
+            _mm_storeu_ps(channels[4 * g + 1] + start + j, r1);
+            _mm_storeu_ps(channels[4 * g + 2] + start + j, r2);
+            _mm_storeu_ps(channels[4 * g + 3] + start + j, r3);
         }
         if constexpr (Channels % 4 == 2) {
-            const __m128 low = loadTwoAndTwo(block + c, block + Channels + c);             // a0 b0 a1 b1
-            const __m128 high = loadTwoAndTwo(block + 2 * Channels + c, block + 3 * Channels + c);  // a2 b2 a3 b3
-            _mm_storeu_ps(channels[c] + start + j, _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)));
-            _mm_storeu_ps(channels[c + 1] + start + j, _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1)));
+            // a0 b0 a1 b1 and a2 b2 a3 b3 back to a0 a1 a2 a3 and b0 b1 b2 b3.
+            _mm_storeu_ps(channels[Channels - 2] + start + j,
+                          _mm_shuffle_ps(pairs[0], pairs[1], _MM_SHUFFLE(2, 0, 2, 0)));
+            _mm_storeu_ps(channels[Channels - 1] + start + j,
+                          _mm_shuffle_ps(pairs[0], pairs[1], _MM_SHUFFLE(3, 1, 3, 1)));
         }
     }
     for (; j < count; ++j)
