@@ -115,8 +115,9 @@ template <unsigned Width, unsigned Channels, bool Accumulate>
             if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
                 // Two frames at once where both positions step on without a
                 // wrap and the second frame does not read the slot the first
-                // writes (a delay of one frame). Each group stores before a
-                // later group loads; those never overlap what an earlier
+                // writes (a delay of one frame). The two frames lie side by
+                // side in the line and in the rows; each group loads its lanes
+                // before it stores them, and no group loads what an earlier
                 // group stored, so every lane reads what the plain loop reads.
                 if (j + 1 < count && delay::nextIsAdjacent(readPos, length) && delay::nextIsAdjacent(writePos, length) &&
                     readPos + 1 != writePos) {

@@ -185,9 +185,10 @@ template <unsigned Width, unsigned Channels, bool Accumulate>
                 // Two frames at once where every position steps on without a
                 // wrap, no tap hears the write, and no tap of the second frame
                 // reads the slot the first writes (a tap one frame behind).
-                // Each group stores before a later group loads; those never
-                // overlap what an earlier group stored, so every lane reads
-                // what the plain loop reads.
+                // The two frames lie side by side in the line and in the rows;
+                // each group loads its lanes before it stores them, and no
+                // group loads what an earlier group stored, so every lane
+                // reads what the plain loop reads.
                 bool pairable = j + 1 < count && delay::nextIsAdjacent(run.writePos, run.length);
                 for (unsigned k = 0; k < kTaps; ++k)
                     pairable = pairable && delay::nextIsAdjacent(run.tapPos[k], run.length) &&
