@@ -111,8 +111,10 @@ std::uint32_t bitsOf(float sample) {
     return sample != sample ? kAnyNaN : std::bit_cast<std::uint32_t>(sample);
 }
 
+// `alternate`: the vector instance takes the vector path only on every other
+// call and the plain loop on the rest, both working on the one line.
 template <class Effect>
-void expectIdenticalToPlainLoop(VectorPath path, unsigned seed) {
+void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, bool alternate = false) {
     PathGuard guard;
     Effect vectorEffect(nullptr);
     Effect plainEffect(nullptr);
@@ -186,7 +188,7 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed) {
             else
                 record->processReplacing(record, in, out, frames);
         };
-        AF::setVectorPath(path);
+        AF::setVectorPath(alternate && call % 2 == 1 ? VectorPath::scalar : path);
         run(vectorRecord, vectorBuffers);
         AF::setVectorPath(VectorPath::scalar);
         run(plainRecord, plainBuffers);
@@ -216,12 +218,12 @@ std::vector<VectorPath> vectorPaths() {
 }
 
 template <class Effect>
-void checkEveryPath(unsigned seed) {
+void checkEveryPath(unsigned seed, bool alternate = false) {
     const auto paths = vectorPaths();
     if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
     for (VectorPath path : paths) {
         SCOPED_TRACE(pathName(path));
-        expectIdenticalToPlainLoop<Effect>(path, seed);
+        expectIdenticalToPlainLoop<Effect>(path, seed, alternate);
         if (::testing::Test::HasFatalFailure()) return;
     }
 }
@@ -239,5 +241,8 @@ TYPED_TEST(DelayVectorIdentity, EveryPathGivesThePlainLoopsBits) { checkEveryPat
 TYPED_TEST(DelayVectorIdentity, AnotherSeedAgrees) { checkEveryPath<TypeParam>(5u); }
 
 TYPED_TEST(DelayVectorIdentity, AThirdSeedAgrees) { checkEveryPath<TypeParam>(977u); }
+
+// The paths share the line's layout, so switching between calls changes nothing.
+TYPED_TEST(DelayVectorIdentity, SwitchingPathsBetweenCallsAgrees) { checkEveryPath<TypeParam>(31u, true); }
 
 }  // namespace
