@@ -54,6 +54,16 @@ __attribute__((target("avx2"))) VstInt32 invertEightAtATime(const float* in, flo
                                                             float runPolarity) noexcept {
     const __m256 polarity = _mm256_set1_ps(runPolarity);
     VstInt32 frame = 0;
+    // Two groups per pass, each read before either is written: fewer loop
+    // steps per store, and still every output after its own input only.
+    if constexpr (std::is_same_v<Rule, Replace>) {
+        for (; frames - frame >= 16; frame += 16) {
+            const __m256 first = _mm256_mul_ps(_mm256_loadu_ps(in + frame), polarity);
+            const __m256 second = _mm256_mul_ps(_mm256_loadu_ps(in + frame + 8), polarity);
+            _mm256_storeu_ps(out + frame, first);
+            _mm256_storeu_ps(out + frame + 8, second);
+        }
+    }
     for (; frames - frame >= 8; frame += 8) {
         const __m256 input = _mm256_loadu_ps(in + frame);
         if constexpr (std::is_same_v<Rule, Replace>)

@@ -43,6 +43,13 @@ namespace {
 __attribute__((target("avx2"))) VstInt32 scaleEightAtATime(float* samples, VstInt32 frames, float gain) noexcept {
     const __m256 gains = _mm256_set1_ps(gain);
     VstInt32 i = 0;
+    // Two groups per pass: fewer loop steps per store.
+    for (; frames - i >= 16; i += 16) {
+        const __m256 first = _mm256_mul_ps(_mm256_loadu_ps(samples + i), gains);
+        const __m256 second = _mm256_mul_ps(_mm256_loadu_ps(samples + i + 8), gains);
+        _mm256_storeu_ps(samples + i, first);
+        _mm256_storeu_ps(samples + i + 8, second);
+    }
     for (; frames - i >= 8; i += 8) _mm256_storeu_ps(samples + i, _mm256_mul_ps(_mm256_loadu_ps(samples + i), gains));
     return i;
 }
