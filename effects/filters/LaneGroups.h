@@ -28,24 +28,27 @@ typedef double LanesD2 __attribute__((vector_size(16)));
 typedef double LanesD4 __attribute__((vector_size(32)));
 
 // Floats travel as four-float registers; two-lane groups use the lower half.
-// SSE2, so every x86-64 processor runs it.
+// Doubles go by reference: the four-lane code is compiled into AVX2 functions
+// only, and no value of it crosses a call of the plain convention.
+//
+// Two lanes: SSE2, so every x86-64 processor runs it.
 struct TwoLanes {
     static constexpr unsigned kWidth = 2;
     using D = LanesD2;
-    [[gnu::always_inline]] static D widen(__m128 f) noexcept { return D(_mm_cvtps_pd(f)); }
-    [[gnu::always_inline]] static __m128 narrow(D d) noexcept { return _mm_cvtpd_ps(__m128d(d)); }
+    [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept { d = D(_mm_cvtps_pd(f)); }
+    [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept { return _mm_cvtpd_ps(__m128d(d)); }
 };
 
 // AVX: usable only inside functions compiled for AVX2 (the builtins, unlike
 // the intrinsic wrappers, take the target of the function they end up in, so
 // the kernels written once for both widths inline into those functions).
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpsabi"  // always inlined: no call passes these by value
+#pragma GCC diagnostic ignored "-Wpsabi"  // the builtin's result stays inside the AVX2 function
 struct FourLanes {
     static constexpr unsigned kWidth = 4;
     using D = LanesD4;
-    [[gnu::always_inline]] static D widen(__m128 f) noexcept { return __builtin_ia32_cvtps2pd256(f); }
-    [[gnu::always_inline]] static __m128 narrow(D d) noexcept { return __builtin_ia32_cvtpd2ps256(d); }
+    [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept { d = __builtin_ia32_cvtps2pd256(f); }
+    [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept { return __builtin_ia32_cvtpd2ps256(d); }
 };
 #pragma GCC diagnostic pop
 
@@ -141,9 +144,9 @@ struct LaneGroup {
     [[gnu::always_inline]] void readBlock(VstInt32 frame) noexcept {
         __m128 rows[4];
         FrameRows<kWidth>::load(rows, in, frame);
-        for (unsigned k = 0; k < 4; ++k) x[2 + k] = L::widen(rows[k]);
+        for (unsigned k = 0; k < 4; ++k) L::widen(rows[k], x[2 + k]);
     }
-    [[gnu::always_inline]] void advance(const typename Recursion::Coefficients& c, unsigned k, D offset) noexcept {
+    [[gnu::always_inline]] void advance(const typename Recursion::Coefficients& c, unsigned k, const D& offset) noexcept {
         y[k] = recursion.advance(c, x[2 + k], x[1 + k], x[k], offset);
     }
     template <bool Accumulate>
@@ -161,10 +164,10 @@ struct LaneGroup {
 
     // One frame on its own: inputs gathered lane by lane, outputs scattered.
     template <bool Accumulate>
-    [[gnu::always_inline]] void step(const typename Recursion::Coefficients& c, VstInt32 frame, D offset) noexcept {
+    [[gnu::always_inline]] void step(const typename Recursion::Coefficients& c, VstInt32 frame, const D& offset) noexcept {
         alignas(16) float samples[4] = {};
         for (unsigned lane = 0; lane < kWidth; ++lane) samples[lane] = in[lane][frame];
-        x[2] = L::widen(_mm_load_ps(samples));
+        L::widen(_mm_load_ps(samples), x[2]);
         __m128 result = recursion.advance(c, x[2], x[1], x[0], offset);
         if constexpr (Accumulate) {
             alignas(16) float held[4] = {};

@@ -125,7 +125,8 @@ struct SectionLanes {
     };
     std::array<D, kSectionHistorySize - 2> state;  // y1, y2
 
-    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, D x, [[maybe_unused]] D x1, D x2, D offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, [[maybe_unused]] const D& x1, const D& x2,
+                                         const D& offset) noexcept {
         auto& [y1, y2] = state;
         D y;
         if constexpr (Response == SectionResponse::Bandpass)
@@ -134,7 +135,7 @@ struct SectionLanes {
             y = (x1 - y1) * c.a1 + (x + x2) * c.b0 - c.a2 * y2 + offset;
         const __m128 yf = L::narrow(y);
         y2 = y1;
-        y1 = L::widen(yf);
+        L::widen(yf, y1);
         return yf;
     }
 };

@@ -117,14 +117,15 @@ struct CascadeLanes {
     };
     std::array<D, kCascadeHistorySize - 2> state;  // s1, s2, y1, y2
 
-    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, D x, D x1, D x2, D offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, const D& x1, const D& x2, const D& offset) noexcept {
         auto& [s1, s2, y1, y2] = state;
         D s;
         if constexpr (Response == CascadeResponse::Highpass)
             s = (x - 2.0 * x1 + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
         else
             s = (2.0 * x1 + x + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
-        const D sf = L::widen(L::narrow(s));
+        D sf;
+        L::widen(L::narrow(s), sf);
         D y;
         if constexpr (Response == CascadeResponse::Highpass)
             y = (sf - 2.0 * s1 + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
@@ -132,7 +133,7 @@ struct CascadeLanes {
             y = (2.0 * s1 + sf + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
         const __m128 yf = L::narrow(y);
         y2 = y1;
-        y1 = L::widen(yf);
+        L::widen(yf, y1);
         s2 = s1;
         s1 = sf;
         return yf;
