@@ -146,7 +146,9 @@ struct LaneGroup {
         FrameRows<kWidth>::load(rows, in, frame);
         for (unsigned k = 0; k < 4; ++k) L::widen(rows[k], x[2 + k]);
     }
-    [[gnu::always_inline]] void advance(const typename Recursion::Coefficients& c, unsigned k, const D& offset) noexcept {
+    using Coefficients = typename Recursion::Coefficients;
+
+    [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
         y[k] = recursion.advance(c, x[2 + k], x[1 + k], x[k], offset);
     }
     template <bool Accumulate>
@@ -164,7 +166,7 @@ struct LaneGroup {
 
     // One frame on its own: inputs gathered lane by lane, outputs scattered.
     template <bool Accumulate>
-    [[gnu::always_inline]] void step(const typename Recursion::Coefficients& c, VstInt32 frame, const D& offset) noexcept {
+    [[gnu::always_inline]] void step(const Coefficients& c, VstInt32 frame, const D& offset) noexcept {
         alignas(16) float samples[4] = {};
         for (unsigned lane = 0; lane < kWidth; ++lane) samples[lane] = in[lane][frame];
         L::widen(_mm_load_ps(samples), x[2]);

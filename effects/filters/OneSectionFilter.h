@@ -125,8 +125,8 @@ struct SectionLanes {
     };
     std::array<D, kSectionHistorySize - 2> state;  // y1, y2
 
-    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, [[maybe_unused]] const D& x1, const D& x2,
-                                         const D& offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, [[maybe_unused]] const D& x1,
+                                                 const D& x2, const D& offset) noexcept {
         auto& [y1, y2] = state;
         D y;
         if constexpr (Response == SectionResponse::Bandpass)

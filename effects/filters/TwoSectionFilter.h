@@ -117,7 +117,8 @@ struct CascadeLanes {
     };
     std::array<D, kCascadeHistorySize - 2> state;  // s1, s2, y1, y2
 
-    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, const D& x1, const D& x2, const D& offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, const D& x1, const D& x2,
+                                                 const D& offset) noexcept {
         auto& [s1, s2, y1, y2] = state;
         D s;
         if constexpr (Response == CascadeResponse::Highpass)
