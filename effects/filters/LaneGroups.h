@@ -21,11 +21,9 @@
 
 #include "frame/AEffect.h"
 #include "frame/Numeric.h"
+#include "VectorPath.h"
 
 namespace AF {
-
-typedef double LanesD2 __attribute__((vector_size(16)));
-typedef double LanesD4 __attribute__((vector_size(32)));
 
 // Floats travel as four-float registers; two-lane groups use the lower half.
 // Doubles go by reference: the four-lane code is compiled into AVX2 functions

@@ -20,4 +20,11 @@ VectorPath widestVectorPath() noexcept;
 // For tests and benchmarks: selects a path, limited to what the processor runs.
 void setVectorPath(VectorPath path) noexcept;
 
+// Lanes of channels: two or four doubles, two or four floats. The four-lane
+// types belong in code compiled for AVX2.
+typedef double LanesD2 __attribute__((vector_size(16)));
+typedef float LanesF2 __attribute__((vector_size(8)));
+typedef double LanesD4 __attribute__((vector_size(32)));
+typedef float LanesF4 __attribute__((vector_size(16)));
+
 }  // namespace AF
