@@ -1,0 +1,79 @@
+#pragma once
+// A bounded pipeline of interleaved chunks for the render: one thread reads
+// chunks, the calling thread processes them, one thread writes them, so that
+// file reading, the effects and file writing overlap on separate cores.
+// A fixed ring of `depth` chunk buffers, made once, is all the memory it
+// holds; a stage that gets ahead waits for a free or a filled slot, and
+// chunks reach the writer in the order they were read.
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace afx {
+
+class RenderPipeline {
+public:
+    // Fills `samples` with up to `frames` frames and returns how many came; 0 at the end.
+    using Reader = std::function<std::int64_t(float* samples, std::int64_t frames)>;
+    // Changes `frames` frames in place.
+    using Processor = std::function<void(float* samples, std::int64_t frames)>;
+    using Writer = std::function<void(const float* samples, std::int64_t frames)>;
+
+    // `chunkFrames` frames of `channels` samples per chunk, `depth` (at least 2) chunks in all.
+    RenderPipeline(unsigned channels, std::int64_t chunkFrames, int depth);
+    RenderPipeline(const RenderPipeline&) = delete;
+    RenderPipeline& operator=(const RenderPipeline&) = delete;
+
+    // Runs the three stages to the end of the input and returns the frames
+    // that passed. Every chunk but the last is full: the reader is asked again
+    // until a chunk is complete or the input has ended. When a stage throws,
+    // the others stop at their next chunk and the first exception thrown is
+    // rethrown here, once both threads are joined.
+    std::int64_t run(const Reader& read, const Processor& process, const Writer& write);
+
+    std::int64_t chunkFrames() const { return chunkFrames_; }
+    int depth() const { return depth_; }
+
+private:
+    struct Slot {
+        std::vector<float> samples;
+        std::int64_t frames = 0;
+    };
+
+    void readAll(const Reader& read);
+    void processAll(const Processor& process);
+    void writeAll(const Writer& write);
+    void fail(std::exception_ptr error);
+    Slot& slotOf(std::int64_t sequence) { return slots_[static_cast<std::size_t>(sequence % depth_)]; }
+
+    unsigned channels_;
+    std::int64_t chunkFrames_;
+    int depth_;
+    std::vector<Slot> slots_;
+
+    // Chunks are numbered from 0 in reading order; the counts below say how
+    // far each stage has got. Slot `n % depth` is free once chunk n - depth is written.
+    std::mutex mutex_;
+    std::condition_variable slotFreed_;
+    std::condition_variable chunkRead_;
+    std::condition_variable chunkProcessed_;
+    std::int64_t read_ = 0;
+    std::int64_t processed_ = 0;
+    std::int64_t written_ = 0;
+    std::int64_t framesWritten_ = 0;
+    bool inputEnded_ = false;
+    bool processingEnded_ = false;
+    bool failed_ = false;
+    std::exception_ptr error_;
+};
+
+// The frames per chunk for a render: `wantedFrames` (when 0, about
+// kChunkBytes of samples) rounded up to a whole number of host blocks, so that
+// every processing call but the last is a full block, whatever the chunking.
+inline constexpr std::int64_t kChunkBytes = 256 * 1024;
+std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames);
+
+}  // namespace afx
