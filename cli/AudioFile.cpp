@@ -32,7 +32,7 @@ void installCleanupHandlers() {
 
 std::string systemReason() { return std::strerror(errno); }
 
-constexpr std::int64_t kWritebackBytes = 8 << 20;
+constexpr std::int64_t kWritebackBytes = 2 << 20;  // the most left for the final flush
 
 // Bits per sample of the subtypes afx converts to integers itself.
 int integerBitsOf(int subtype) {
