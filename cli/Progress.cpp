@@ -59,8 +59,8 @@ namespace {
 // keeps its second operand unless the first is greater, which is exactly
 // "take the magnitude if it is greater": four lanes keep their own peaks and
 // the largest of them is the largest of all, in any order.
-float peakOf(const float* samples, int frames, float peak) {
-    int i = 0;
+float peakOf(const float* samples, std::int64_t frames, float peak) {
+    std::int64_t i = 0;
 #if defined(__SSE2__)
     if (frames >= 8) {
         const __m128 magnitudeMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
@@ -86,7 +86,7 @@ float peakOf(const float* samples, int frames, float peak) {
 
 }  // namespace
 
-void PeakMeter::take(const float* const* channels, int frames) {
+void PeakMeter::take(const float* const* channels, std::int64_t frames) {
     for (std::size_t c = 0; c < peaks_.size(); ++c) peaks_[c] = peakOf(channels[c], frames, peaks_[c]);
 }
 

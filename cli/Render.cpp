@@ -3,16 +3,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 
 #include "AudioFile.h"
 #include "Errors.h"
-#include "Interleave.h"
 #include "ModuleHost.h"
 #include "Progress.h"
 #include "RenderPipeline.h"
+#include "RenderStages.h"
 
 namespace afx {
 namespace {
@@ -59,50 +58,6 @@ std::string peakList(const std::vector<float>& peaks) {
 }
 
 
-// Drives the chain over an interleaved chunk in host blocks, as a host does:
-// each block is copied into the channel arrays, metered, processed in place,
-// metered and copied back. Its arrays are made once.
-class BlockDriver {
-public:
-    BlockDriver(const Chain& chain, unsigned channels, int blockFrames)
-        : chain_(chain), channels_(channels), block_(blockFrames), before_(channels), after_(channels) {
-        // Each array starts on a cache line, and the arrays sit a line more
-        // than a multiple of 4 KB apart so that they do not evict each other.
-        constexpr std::size_t kLine = 64 / sizeof(float);
-        const std::size_t stride = (static_cast<std::size_t>(blockFrames) + kLine - 1) / kLine * kLine + kLine;
-        storage_.resize(stride * channels + kLine);
-        void* start = storage_.data();
-        std::size_t room = storage_.size() * sizeof(float);
-        std::align(64, sizeof(float), start, room);
-        float* first = static_cast<float*>(start);
-        for (unsigned c = 0; c < channels; ++c) pointers_.push_back(first + c * stride);
-    }
-
-    void run(float* interleaved, std::int64_t frames) {
-        float** planes = pointers_.data();
-        for (std::int64_t start = 0; start < frames; start += block_) {
-            const int count = static_cast<int>(std::min<std::int64_t>(block_, frames - start));
-            float* samples = interleaved + start * channels_;
-            deinterleave(samples, channels_, count, planes);
-            before_.take(planes, count);
-            chain_.process(planes, count);
-            after_.take(planes, count);
-            interleave(planes, channels_, count, samples);
-        }
-    }
-
-    const PeakMeter& before() const { return before_; }
-    const PeakMeter& after() const { return after_; }
-
-private:
-    const Chain& chain_;
-    unsigned channels_;
-    int block_;
-    std::vector<float> storage_;
-    std::vector<float*> pointers_;
-    PeakMeter before_;
-    PeakMeter after_;
-};
 }  // namespace
 
 int render(const RenderJob& job) {
@@ -115,21 +70,21 @@ int render(const RenderJob& job) {
     if (job.describeChain && !job.quiet) describe(chain);
 
     // Every buffer is made here, once: the blocks allocate nothing.
-    RenderPipeline pipeline(channels, chunkFramesFor(channels, job.blockFrames, job.chunkFrames), kChunksInFlight);
-    BlockDriver blocks(chain, channels, job.blockFrames);
-    OutputFile output(job.output, format, channels, input.sampleRate(), pipeline.chunkFrames(),
-                      job.syncOutput);
+    const std::int64_t chunkFrames = chunkFramesFor(channels, job.blockFrames, job.chunkFrames);
+    RenderStages stages(channels, chunkFrames, job.blockFrames);
+    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
+    OutputFile output(job.output, format, channels, input.sampleRate(), chunkFrames, job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
     std::int64_t processed = 0;
     std::int64_t done = 0;
     try {
-        done = pipeline.run([&](float* samples, std::int64_t frames) { return input.read(samples, frames); },
-                            [&](float* samples, std::int64_t frames) {
-                                blocks.run(samples, frames);
+        done = pipeline.run([&](float* chunk) { return stages.read(input, chunk); },
+                            [&](float* chunk, std::int64_t frames) {
+                                stages.process(chain, chunk, frames);
                                 processed += frames;
                                 progress.update(processed);
                             },
-                            [&](const float* samples, std::int64_t frames) { output.write(samples, frames); });
+                            [&](const float* chunk, std::int64_t frames) { stages.write(output, chunk, frames); });
     } catch (...) {
         progress.clear();
         throw;
@@ -147,8 +102,8 @@ int render(const RenderJob& job) {
         std::printf("afx: %s: %lld frames, %u channel%s, %.3f s of audio in %.3f s (%.1fx real time); "
                     "peak dBFS in [%s] out [%s]\n",
                     job.output.c_str(), static_cast<long long>(done), channels, channels == 1 ? "" : "s", audio, wall,
-                    wall > 0.0 ? audio / wall : 0.0, peakList(blocks.before().peaks()).c_str(),
-                    peakList(blocks.after().peaks()).c_str());
+                    wall > 0.0 ? audio / wall : 0.0, peakList(stages.before().peaks()).c_str(),
+                    peakList(stages.after().peaks()).c_str());
     if (output.clippedSamples() > 0)
         std::fprintf(stderr,
                      "afx: warning: %llu samples clipped at full scale in the integer output; lower the level "

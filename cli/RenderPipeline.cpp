@@ -5,6 +5,17 @@
 
 namespace afx {
 
+std::int64_t readFully(const std::function<std::int64_t(float*, std::int64_t)>& read, float* interleaved,
+                       unsigned channels, std::int64_t frames) {
+    std::int64_t done = 0;
+    while (done < frames) {
+        const std::int64_t got = read(interleaved + done * channels, frames - done);
+        if (got <= 0) break;
+        done += got;
+    }
+    return done;
+}
+
 std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames) {
     const std::int64_t block = std::max(blockFrames, 1);
     std::int64_t wanted = wantedFrames;
@@ -13,10 +24,10 @@ std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wan
     return blocks * block;
 }
 
-RenderPipeline::RenderPipeline(unsigned channels, std::int64_t chunkFrames, int depth)
-    : channels_(channels), chunkFrames_(std::max<std::int64_t>(chunkFrames, 1)), depth_(std::max(depth, 2)),
+RenderPipeline::RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth)
+    : chunkFrames_(std::max<std::int64_t>(chunkFrames, 1)), depth_(std::max(depth, 2)),
       slots_(static_cast<std::size_t>(depth_)) {
-    for (Slot& slot : slots_) slot.samples.resize(static_cast<std::size_t>(chunkFrames_) * channels_);
+    for (Slot& slot : slots_) slot.samples.resize(chunkFloats);
 }
 
 std::int64_t RenderPipeline::run(const Reader& read, const Processor& process, const Writer& write) {
@@ -61,13 +72,7 @@ void RenderPipeline::readAll(const Reader& read) {
             }
             // The slot is this thread's alone until the chunk is handed on.
             Slot& slot = slotOf(sequence);
-            std::int64_t frames = 0;
-            while (frames < chunkFrames_) {
-                const std::int64_t got =
-                    read(slot.samples.data() + static_cast<std::size_t>(frames) * channels_, chunkFrames_ - frames);
-                if (got <= 0) break;
-                frames += got;
-            }
+            const std::int64_t frames = std::clamp<std::int64_t>(read(slot.samples.data()), 0, chunkFrames_);
             slot.frames = frames;
             {
                 const std::lock_guard<std::mutex> lock(mutex_);

@@ -1,10 +1,11 @@
 #pragma once
-// A bounded pipeline of interleaved chunks for the render: one thread reads
-// chunks, the calling thread processes them, one thread writes them, so that
-// file reading, the effects and file writing overlap on separate cores.
-// A fixed ring of `depth` chunk buffers, made once, is all the memory it
-// holds; a stage that gets ahead waits for a free or a filled slot, and
-// chunks reach the writer in the order they were read.
+// A bounded pipeline of chunks for the render: one thread reads chunks, the
+// calling thread processes them, one thread writes them, so that file
+// reading, the effects and file writing overlap on separate cores. A fixed
+// ring of `depth` chunk buffers, made once, is all the memory it holds; a
+// stage that gets ahead waits for a free or a filled slot, and chunks reach
+// the writer in the order they were read. How samples are laid out in a
+// chunk is the stages' business.
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -16,22 +17,22 @@ namespace afx {
 
 class RenderPipeline {
 public:
-    // Fills `samples` with up to `frames` frames and returns how many came; 0 at the end.
-    using Reader = std::function<std::int64_t(float* samples, std::int64_t frames)>;
-    // Changes `frames` frames in place.
-    using Processor = std::function<void(float* samples, std::int64_t frames)>;
-    using Writer = std::function<void(const float* samples, std::int64_t frames)>;
+    // Fills a chunk and returns its frames: fewer than a chunk's only at the end of the input.
+    using Reader = std::function<std::int64_t(float* chunk)>;
+    // Changes a chunk's `frames` frames in place.
+    using Processor = std::function<void(float* chunk, std::int64_t frames)>;
+    using Writer = std::function<void(const float* chunk, std::int64_t frames)>;
 
-    // `chunkFrames` frames of `channels` samples per chunk, `depth` (at least 2) chunks in all.
-    RenderPipeline(unsigned channels, std::int64_t chunkFrames, int depth);
+    // Chunks of `chunkFrames` frames in `chunkFloats` floats each, `depth` (at least 2) chunks in all.
+    RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth);
     RenderPipeline(const RenderPipeline&) = delete;
     RenderPipeline& operator=(const RenderPipeline&) = delete;
 
-    // Runs the three stages to the end of the input and returns the frames
-    // that passed. Every chunk but the last is full: the reader is asked again
-    // until a chunk is complete or the input has ended. When a stage throws,
-    // the others stop at their next chunk and the first exception thrown is
-    // rethrown here, once both threads are joined.
+    // Runs the three stages to the end of the input (the first chunk that is
+    // not full, which is also processed and written when it holds frames) and
+    // returns the frames that passed. When a stage throws, the others stop at
+    // their next chunk and the first exception thrown is rethrown here, once
+    // both threads are joined.
     std::int64_t run(const Reader& read, const Processor& process, const Writer& write);
 
     std::int64_t chunkFrames() const { return chunkFrames_; }
@@ -49,7 +50,6 @@ private:
     void fail(std::exception_ptr error);
     Slot& slotOf(std::int64_t sequence) { return slots_[static_cast<std::size_t>(sequence % depth_)]; }
 
-    unsigned channels_;
     std::int64_t chunkFrames_;
     int depth_;
     std::vector<Slot> slots_;
@@ -69,6 +69,12 @@ private:
     bool failed_ = false;
     std::exception_ptr error_;
 };
+
+// Reads up to `frames` interleaved frames through `read`, which may deliver
+// fewer per call (as decoders do), asking again until they are all there or
+// `read` gives 0. Returns the frames read.
+std::int64_t readFully(const std::function<std::int64_t(float*, std::int64_t)>& read, float* interleaved,
+                       unsigned channels, std::int64_t frames);
 
 // The frames per chunk for a render: `wantedFrames` (when 0, about
 // kChunkBytes of samples) rounded up to a whole number of host blocks, so that

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <set>
 #include <stdexcept>
@@ -52,17 +53,19 @@ struct Shape {
 
 class PipelineShapes : public ::testing::TestWithParam<Shape> {};
 
-// Processing negates each sample; the writer must get every frame negated,
-// in order, in chunks of exactly `chunk` frames but the last.
+// The source hands out fewer frames per call than a chunk takes, so chunks
+// are filled by asking again. Processing negates each sample; the writer must
+// get every frame negated, in order, in chunks of exactly `chunk` frames but
+// the last.
 TEST_P(PipelineShapes, EveryFrameInOrder) {
     const Shape shape = GetParam();
-    RenderPipeline pipeline(shape.channels, shape.chunk, shape.depth);
+    RenderPipeline pipeline(static_cast<std::size_t>(shape.chunk) * shape.channels, shape.chunk, shape.depth);
     Source source{shape.channels, shape.total, shape.mostPerRead};
     std::vector<std::int64_t> processedSizes;
     std::vector<std::int64_t> writtenSizes;
     std::vector<float> written;
     const std::int64_t passed = pipeline.run(
-        [&](float* samples, std::int64_t frames) { return source(samples, frames); },
+        [&](float* chunk) { return afx::readFully(std::ref(source), chunk, shape.channels, shape.chunk); },
         [&](float* samples, std::int64_t frames) {
             processedSizes.push_back(frames);
             for (std::int64_t i = 0; i < frames * shape.channels; ++i) samples[i] = -samples[i];
@@ -93,15 +96,15 @@ INSTANTIATE_TEST_SUITE_P(Render, PipelineShapes,
 // depth of chunks; and the ring's buffers are the only ones handed out.
 TEST(RenderPipeline, NeverMoreThanTheRingInFlight) {
     constexpr int kDepth = 3;
-    RenderPipeline pipeline(2, 10, kDepth);
+    RenderPipeline pipeline(20, 10, kDepth);
     Source source{2, 500, 10};
     std::atomic<int> read{0};
     std::atomic<int> written{0};
     std::atomic<int> mostInFlight{0};
     std::set<const float*> buffers;
     pipeline.run(
-        [&](float* samples, std::int64_t frames) {
-            const std::int64_t got = source(samples, frames);
+        [&](float* chunk) {
+            const std::int64_t got = source(chunk, 10);
             if (got > 0) {
                 const int inFlight = ++read - written;
                 int most = mostInFlight;
@@ -124,15 +127,15 @@ TEST(RenderPipeline, NeverMoreThanTheRingInFlight) {
 
 // The effects are made on the calling thread and are driven there too.
 TEST(RenderPipeline, ProcessesOnTheCallingThread) {
-    RenderPipeline pipeline(1, 8, 4);
+    RenderPipeline pipeline(8, 8, 4);
     Source source{1, 100, 8};
     const std::thread::id caller = std::this_thread::get_id();
     std::set<std::thread::id> processing;
     std::atomic<bool> readElsewhere{true};
     pipeline.run(
-        [&](float* samples, std::int64_t frames) {
+        [&](float* chunk) {
             if (std::this_thread::get_id() == caller) readElsewhere = false;
-            return source(samples, frames);
+            return source(chunk, 8);
         },
         [&](float*, std::int64_t) { processing.insert(std::this_thread::get_id()); }, [](const float*, std::int64_t) {});
     EXPECT_EQ(processing, std::set<std::thread::id>{caller});
@@ -148,7 +151,7 @@ class PipelineFailures : public ::testing::TestWithParam<Stage> {};
 TEST_P(PipelineFailures, FirstErrorEndsTheRun) {
     const Stage failing = GetParam();
     constexpr int kFailAt = 4;
-    RenderPipeline pipeline(2, 16, 4);
+    RenderPipeline pipeline(32, 16, 4);
     Source source{2, 16 * 1000, 16};
     int reads = 0;
     int processes = 0;
@@ -156,10 +159,10 @@ TEST_P(PipelineFailures, FirstErrorEndsTheRun) {
     std::vector<float> firstSamples;
     try {
         pipeline.run(
-            [&](float* samples, std::int64_t frames) {
+            [&](float* chunk) {
                 if (failing == Stage::kRead && reads == kFailAt) throw std::runtime_error("read failed");
                 ++reads;
-                return source(samples, frames);
+                return source(chunk, 16);
             },
             [&](float*, std::int64_t) {
                 if (failing == Stage::kProcess && processes == kFailAt) throw std::runtime_error("process failed");
