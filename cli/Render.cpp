@@ -70,7 +70,7 @@ int render(const RenderJob& job) {
     if (job.describeChain && !job.quiet) describe(chain);
 
     // Every buffer is made here, once: the blocks allocate nothing.
-    const std::int64_t chunkFrames = chunkFramesFor(channels, job.blockFrames, job.chunkFrames);
+    const std::int64_t chunkFrames = chunkFramesFor(channels, job.blockFrames, job.chunkFrames, input.frames());
     RenderStages stages(channels, chunkFrames, job.blockFrames);
     RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
     OutputFile output(job.output, format, channels, input.sampleRate(), chunkFrames, job.syncOutput);

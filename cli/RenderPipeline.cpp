@@ -16,10 +16,13 @@ std::int64_t readFully(const std::function<std::int64_t(float*, std::int64_t)>& 
     return done;
 }
 
-std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames) {
+std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames,
+                            std::int64_t inputFrames) {
     const std::int64_t block = std::max(blockFrames, 1);
     std::int64_t wanted = wantedFrames;
     if (wanted <= 0) wanted = kChunkBytes / static_cast<std::int64_t>(sizeof(float) * std::max(channels, 1u));
+    // A short file needs no buffers larger than itself.
+    if (inputFrames > 0) wanted = std::min(wanted, inputFrames);
     const std::int64_t blocks = std::max<std::int64_t>(1, (wanted + block - 1) / block);
     return blocks * block;
 }

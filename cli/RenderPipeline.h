@@ -78,8 +78,10 @@ std::int64_t readFully(const std::function<std::int64_t(float*, std::int64_t)>& 
 
 // The frames per chunk for a render: `wantedFrames` (when 0, about
 // kChunkBytes of samples) rounded up to a whole number of host blocks, so that
-// every processing call but the last is a full block, whatever the chunking.
+// every processing call but the last is a full block, whatever the chunking;
+// no more blocks than the input's `inputFrames` fill, when it says (> 0).
 inline constexpr std::int64_t kChunkBytes = 256 * 1024;
-std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames);
+std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wantedFrames,
+                            std::int64_t inputFrames = 0);
 
 }  // namespace afx

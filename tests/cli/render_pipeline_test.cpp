@@ -188,8 +188,9 @@ TEST_P(PipelineFailures, FirstErrorEndsTheRun) {
 
 INSTANTIATE_TEST_SUITE_P(Render, PipelineFailures, ::testing::Values(Stage::kRead, Stage::kProcess, Stage::kWrite));
 
-// The chunk holds whole blocks: the asked frames (or about 256 KB of floats)
-// rounded up to a multiple of the block, and never less than one block.
+// The chunk holds whole blocks: the asked frames (or about 256 KB of floats,
+// or the input's length when that is less) rounded up to a multiple of the
+// block, and never less than one block.
 TEST(RenderPipeline, ChunkFramesAreWholeBlocks) {
     EXPECT_EQ(afx::chunkFramesFor(2, 1024, 0), 32768);   // 262144 bytes / 8 per frame
     EXPECT_EQ(afx::chunkFramesFor(16, 1024, 0), 4096);   // 262144 / 64
@@ -199,6 +200,10 @@ TEST(RenderPipeline, ChunkFramesAreWholeBlocks) {
     EXPECT_EQ(afx::chunkFramesFor(2, 1000, 10), 1000);   // at least one block
     EXPECT_EQ(afx::chunkFramesFor(2, 1, 1), 1);
     EXPECT_EQ(afx::chunkFramesFor(1, 256, 1024), 1024);
+    EXPECT_EQ(afx::chunkFramesFor(2, 1024, 0, 480), 1024);       // a short file: one block
+    EXPECT_EQ(afx::chunkFramesFor(2, 1024, 0, 5000), 5120);      // 5000 -> 5 blocks
+    EXPECT_EQ(afx::chunkFramesFor(2, 1024, 0, 1000000), 32768);  // a long file: the default
+    EXPECT_EQ(afx::chunkFramesFor(2, 333, 1000, 100), 333);
 }
 
 // Interleaving moves samples only: bit patterns (a NaN payload, -0, a
