@@ -38,12 +38,13 @@ void RenderStages::process(const Chain& chain, float* chunk, std::int64_t frames
         const auto count = static_cast<int>(std::min<std::int64_t>(blockFrames_, frames - start));
         pointInto(chunk, start, blockPlanes_);
         chain.process(blockPlanes_.data(), count);
+        // Metered while the block is still in the cache; writing is the busier thread.
+        after_.take(blockPlanes_.data(), count);
     }
 }
 
 void RenderStages::write(OutputFile& output, const float* chunk, std::int64_t frames) {
     pointInto(chunk, 0, writePlanes_);
-    after_.take(writePlanes_.data(), frames);
     interleave(writePlanes_.data(), channels_, frames, writeFrames_.data());
     output.write(writeFrames_.data(), frames);
 }

@@ -2,8 +2,9 @@
 // What each stage of the render pipeline does to a chunk. A chunk holds one
 // array per channel: the reading thread splits the file's interleaved frames
 // into them and meters the input, the calling thread runs the chain over them
-// in place block by block, the writing thread meters the output, interleaves
-// it again and writes it. So the effects' thread does nothing but the effects.
+// in place block by block and meters each block it leaves, the writing thread
+// interleaves them again and writes them. So the effects' thread does little
+// besides the effects.
 #include <cstdint>
 #include <vector>
 
