@@ -1,19 +1,29 @@
 // Throughput of both delay families for every channel variant at 512-frame
 // calls, processing in place as a host does. Items are samples (frames x
-// channels), so the variants compare per sample.
+// channels), so the variants compare per sample. The multi-channel variants
+// also run on each instruction-set path, the plain loop included, so that the
+// gain of running several channels per instruction is measured in one run.
 #include <benchmark/benchmark.h>
 
 #include <vector>
 
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
+#include "effects/filters/VectorPath.h"
 
 namespace {
 
 constexpr int kBlockFrames = 512;
 
 template <class Effect, int Channels>
-void processBlocks(benchmark::State& state) {
+void processBlocksOn(benchmark::State& state, AF::VectorPath path) {
+    const AF::VectorPath saved = AF::vectorPath();
+    AF::setVectorPath(path);
+    if (AF::vectorPath() != path) {
+        AF::setVectorPath(saved);
+        state.SkipWithError("this processor lacks the instruction set");
+        return;
+    }
     Effect effect(nullptr);
     effect.setSampleRate(48000.0f);
     // A working echo with feedback so the line recirculates.
@@ -30,6 +40,25 @@ void processBlocks(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * kBlockFrames * Channels);
+    AF::setVectorPath(saved);
+}
+
+// The path chosen at load (the widest the processor has, unless forced plain).
+template <class Effect, int Channels>
+void processBlocks(benchmark::State& state) {
+    processBlocksOn<Effect, Channels>(state, AF::vectorPath());
+}
+
+// The plain per-channel loop, the reference the vector paths reproduce.
+template <class Effect, int Channels>
+void processBlocksPlain(benchmark::State& state) {
+    processBlocksOn<Effect, Channels>(state, AF::VectorPath::scalar);
+}
+
+// Two channels per instruction, the baseline every x86-64 processor has.
+template <class Effect, int Channels>
+void processBlocksSse2(benchmark::State& state) {
+    processBlocksOn<Effect, Channels>(state, AF::VectorPath::sse2);
 }
 
 BENCHMARK_TEMPLATE(processBlocks, AF::AudioDelay1, 1)->Name("Delay/1ch/512");
@@ -40,5 +69,19 @@ BENCHMARK_TEMPLATE(processBlocks, AF::AudioMultitapDelay1, 1)->Name("MultitapDel
 BENCHMARK_TEMPLATE(processBlocks, AF::AudioMultitapDelay2, 2)->Name("MultitapDelay/2ch/512");
 BENCHMARK_TEMPLATE(processBlocks, AF::AudioMultitapDelay6, 6)->Name("MultitapDelay/6ch/512");
 BENCHMARK_TEMPLATE(processBlocks, AF::AudioMultitapDelay16, 16)->Name("MultitapDelay/16ch/512");
+
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioDelay2, 2)->Name("Delay/2ch/512/plain");
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioDelay6, 6)->Name("Delay/6ch/512/plain");
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioDelay16, 16)->Name("Delay/16ch/512/plain");
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioMultitapDelay2, 2)->Name("MultitapDelay/2ch/512/plain");
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioMultitapDelay6, 6)->Name("MultitapDelay/6ch/512/plain");
+BENCHMARK_TEMPLATE(processBlocksPlain, AF::AudioMultitapDelay16, 16)->Name("MultitapDelay/16ch/512/plain");
+
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioDelay2, 2)->Name("Delay/2ch/512/sse2");
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioDelay6, 6)->Name("Delay/6ch/512/sse2");
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioDelay16, 16)->Name("Delay/16ch/512/sse2");
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioMultitapDelay2, 2)->Name("MultitapDelay/2ch/512/sse2");
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioMultitapDelay6, 6)->Name("MultitapDelay/6ch/512/sse2");
+BENCHMARK_TEMPLATE(processBlocksSse2, AF::AudioMultitapDelay16, 16)->Name("MultitapDelay/16ch/512/sse2");
 
 }  // namespace

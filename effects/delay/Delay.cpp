@@ -4,6 +4,8 @@
 #include <array>
 
 #include "Numeric.h"
+#include "effects/delay/DelayLanes.h"
+#include "effects/filters/VectorPath.h"
 #include "host/Factory.h"
 #include "host/FamilyShape.h"
 #include "host/Localized.h"
@@ -32,13 +34,14 @@ constexpr float kPercentStep = 1.0f;
 constexpr double kHalf = 0.5;
 constexpr double kPercentPerUnit = 100.0;
 
-// Steps 1 and 2 of a frame: the delayed sample scaled by the feedback, the
-// input and the noise, summed in double in that order, written to the line.
-inline void feed(float* line, float in, float feedback, float noise, std::uint32_t readSlot,
-                 std::uint32_t writeSlot) noexcept {
-    const double fedBack = static_cast<double>(line[readSlot]) * static_cast<double>(feedback);
+// Steps 1 and 2 of a frame for channel c: the delayed sample scaled by the
+// feedback, the input and the noise, summed in double in that order, written
+// to the line.
+inline void feed(const float* readFrame, float* writeFrame, unsigned c, float in, float feedback,
+                 float noise) noexcept {
+    const double fedBack = static_cast<double>(readFrame[c]) * static_cast<double>(feedback);
     const double sum = fedBack + static_cast<double>(in) + static_cast<double>(noise);
-    line[writeSlot] = toFloat(sum);
+    writeFrame[c] = toFloat(sum);
 }
 
 // The replacing output: wet line sample plus dry input, rounded once.
@@ -52,6 +55,126 @@ inline float mixed(float heard, float wetGain, float in, float dryGain) noexcept
 inline float accumulated(float heard, float wetGain, float out) noexcept {
     const double wet = static_cast<double>(heard) * static_cast<double>(wetGain);
     return toFloat(wet + static_cast<double>(out));
+}
+
+// The same frame for a group of `Width` channels from channel c on, one
+// channel per lane, every step the plain one above. The read after the write
+// hears the sample just written only when both positions share a slot.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline void feedLanes(const float* readFrame, float* writeFrame, bool undelayed, unsigned c,
+                                             const float* in, float* out, double feedback, double wetGain,
+                                             double dryGain, const typename delay::Lanes<Width>::D& noise) noexcept {
+    using L = delay::Lanes<Width>;
+    typename L::D input, delayed;
+    L::load(input, in + c);
+    L::load(delayed, readFrame + c);
+    const auto fedBack = delayed * feedback;
+    const auto sum = fedBack + input + noise;
+    L::store(writeFrame + c, sum);
+    typename L::D heard = delayed;
+    if (undelayed) L::load(heard, writeFrame + c);
+    const auto wet = heard * wetGain;
+    if constexpr (Accumulate) {
+        typename L::D held;
+        L::load(held, out + c);
+        L::store(out + c, wet + held);
+    } else {
+        L::store(out + c, wet + input * dryGain);
+    }
+}
+
+// What a call of the recursion reads and advances, the same for every channel.
+struct DelayRun {
+    delay::DelayLine& line;
+    std::uint32_t writePos;
+    std::uint32_t readPos;
+    float feedback;
+    float wetGain;
+    float dryGain;
+};
+
+// Every frame of a call, all channels at once in groups of `Width` lanes (a
+// pair for two channels left over), through rows of frames (DelayLanes.h).
+template <unsigned Width, unsigned Channels, bool Accumulate>
+[[gnu::always_inline]] inline void runLanes(DelayRun& run, float** inputs, float** outputs, VstInt32 frames) {
+    // Locals, so the line's stores cannot be taken to change them.
+    const std::uint32_t length = run.line.length();
+    float* const samples = run.line.frame(0);
+    std::uint32_t writePos = run.writePos;
+    std::uint32_t readPos = run.readPos;
+    const double feedback = run.feedback;
+    const double wetGain = run.wetGain;
+    const double dryGain = run.dryGain;
+    delay::RowStretch<Channels> rows;
+    for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
+        const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
+        VstInt32 j = 0;
+        while (j < count) {
+            const float* in = rows.in + j * Channels;
+            float* out = rows.out + j * Channels;
+            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
+                // Two frames at once where both positions step on without a
+                // wrap and the second frame does not read the slot the first
+                // writes (a delay of one frame). The two frames lie side by
+                // side in the line and in the rows; each group loads its lanes
+                // before it stores them, and no group loads what an earlier
+                // group stored, so every lane reads what the plain loop reads.
+                if (j + 1 < count && delay::nextIsAdjacent(readPos, length) && delay::nextIsAdjacent(writePos, length) &&
+                    readPos + 1 != writePos) {
+                    const double first = delay::denormalNoise(frames, start + j);
+                    const double second = delay::denormalNoise(frames, start + j + 1);
+                    const float* readFrame = samples + static_cast<std::size_t>(readPos) * Channels;
+                    float* writeFrame = samples + static_cast<std::size_t>(writePos) * Channels;
+                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
+                        LanesD4 noise;
+                        delay::pairNoise<Channels>(noise, group, first, second);
+                        feedLanes<4, Accumulate>(readFrame, writeFrame, readPos == writePos, 4 * group, in, out,
+                                                 feedback, wetGain, dryGain, noise);
+                    }
+                    for (int step = 0; step < 2; ++step) {
+                        delay::advance(writePos, length);
+                        delay::advance(readPos, length);
+                    }
+                    j += 2;
+                    continue;
+                }
+            }
+            const double noise = delay::denormalNoise(frames, start + j);
+            const std::uint32_t readSlot = delay::slotOf(readPos, length);
+            const std::uint32_t writeSlot = delay::slotOf(writePos, length);
+            const float* readFrame = samples + static_cast<std::size_t>(readSlot) * Channels;
+            float* writeFrame = samples + static_cast<std::size_t>(writeSlot) * Channels;
+            unsigned c = 0;
+            for (; c + Width <= Channels; c += Width) {
+                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
+                feedLanes<Width, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback,
+                                             wetGain, dryGain, wide);
+            }
+            if constexpr (Channels % Width == 2) {
+                const LanesD2 pair = LanesD2{} + noise;
+                feedLanes<2, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback, wetGain,
+                                         dryGain, pair);
+            }
+            delay::advance(writePos, length);
+            delay::advance(readPos, length);
+            ++j;
+        }
+        rows.store(outputs, start, count);
+    }
+    run.writePos = writePos;
+    run.readPos = readPos;
+}
+
+template <unsigned Channels, bool Accumulate>
+void runLanesSse2(DelayRun& run, float** inputs, float** outputs, VstInt32 frames) {
+    runLanes<2, Channels, Accumulate>(run, inputs, outputs, frames);
+}
+
+// Compiled for AVX2 on its own; called only where the processor has it.
+template <unsigned Channels, bool Accumulate>
+__attribute__((target("avx2"))) void runLanesAvx2(DelayRun& run, float** inputs, float** outputs,
+                                                  VstInt32 frames) {
+    runLanes<4, Channels, Accumulate>(run, inputs, outputs, frames);
 }
 
 }  // namespace
@@ -111,11 +234,37 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
     const bool runnable = frames > 0 && hasDelayLine() && delay::channelsPresent(inputs, Channels) &&
                           delay::channelsPresent(outputs, Channels);
     const std::uint32_t length = delayLine_.length();
-    std::array<float*, Channels> lines{};
-    if (runnable)
-        for (unsigned c = 0; c < Channels; ++c) lines[c] = delayLine_.channel(static_cast<int>(c));
+    // The stereo accumulating call's cross-over stays on the plain loop.
+    constexpr bool kLanes = Channels > 1 && !(Channels == 2 && Accumulate);
+    const VectorPath path = kLanes ? vectorPath() : VectorPath::scalar;
 
-    if constexpr (Channels == 16) {
+    if (path != VectorPath::scalar) {
+        // All channels frame by frame. On sixteen channels this is the plain
+        // loop's result too: its passes check the parameters before each
+        // channel and all start from the same saved positions, and the
+        // channels' lines are independent. (The one check here and its
+        // sixteen differ only when a host stores a parameter from another
+        // thread during the call; either way the change reaches the next call.)
+        if constexpr (Channels == 16) {
+            const std::uint32_t savedWritePos = writePos_;
+            const std::uint32_t savedReadPos = readPos_;
+            refreshParameters();
+            writePos_ = savedWritePos;
+            readPos_ = savedReadPos;
+        } else {
+            refreshParameters();
+        }
+        if (!runnable) return;
+        DelayRun run{delayLine_, writePos_, readPos_, appliedFeedback_, wetGain_, dryGain_};
+        if constexpr (kLanes) {
+            if (path == VectorPath::avx2)
+                runLanesAvx2<Channels, Accumulate>(run, inputs, outputs, frames);
+            else
+                runLanesSse2<Channels, Accumulate>(run, inputs, outputs, frames);
+        }
+        writePos_ = run.writePos;
+        readPos_ = run.readPos;
+    } else if constexpr (Channels == 16) {
         // Channel by channel, every pass from the same saved positions. The
         // restore follows the parameter check, so a read position recomputed
         // for a new delay time is overwritten: on this variant a delay-time
@@ -129,20 +278,20 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
             if (!runnable) continue;
             const float* in = inputs[c];
             float* out = outputs[c];
-            float* line = lines[c];
             const float feedback = appliedFeedback_;
             const float wetGain = wetGain_;
             const float dryGain = dryGain_;
             std::uint32_t writePos = writePos_;
             std::uint32_t readPos = readPos_;
             for (VstInt32 i = 0; i < frames; ++i) {
-                const std::uint32_t readSlot = delayLine_.slot(readPos);
+                const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
+                float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
                 const float input = in[i];
-                feed(line, input, feedback, delay::denormalNoise(frames, i), readSlot, delayLine_.slot(writePos));
+                feed(readFrame, writeFrame, c, input, feedback, delay::denormalNoise(frames, i));
                 if constexpr (Accumulate)
-                    out[i] = accumulated(line[readSlot], wetGain, out[i]);
+                    out[i] = accumulated(readFrame[c], wetGain, out[i]);
                 else
-                    out[i] = mixed(line[readSlot], wetGain, input, dryGain);
+                    out[i] = mixed(readFrame[c], wetGain, input, dryGain);
                 delay::advance(writePos, length);
                 delay::advance(readPos, length);
             }
@@ -159,28 +308,27 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
         std::uint32_t readPos = readPos_;
         for (VstInt32 i = 0; i < frames; ++i) {
             const float noise = delay::denormalNoise(frames, i);
-            const std::uint32_t readSlot = delayLine_.slot(readPos);
-            const std::uint32_t writeSlot = delayLine_.slot(writePos);
+            const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
+            float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
             if constexpr (Channels == 2 && Accumulate) {
                 // The stereo accumulating call crosses over: the left output
                 // hears the right line (before this frame's write to it), the
                 // left line is fed and recirculates but is not heard here.
                 // Kept as designed.
-                float* left = lines[0];
-                float* right = lines[1];
-                feed(left, inputs[0][i], feedback, noise, readSlot, writeSlot);
-                outputs[0][i] = accumulated(right[readSlot], wetGain, outputs[0][i]);
-                feed(right, inputs[1][i], feedback, noise, readSlot, writeSlot);
-                outputs[1][i] = accumulated(right[readSlot], wetGain, outputs[1][i]);
+                constexpr unsigned kLeft = 0;
+                constexpr unsigned kRight = 1;
+                feed(readFrame, writeFrame, kLeft, inputs[kLeft][i], feedback, noise);
+                outputs[kLeft][i] = accumulated(readFrame[kRight], wetGain, outputs[kLeft][i]);
+                feed(readFrame, writeFrame, kRight, inputs[kRight][i], feedback, noise);
+                outputs[kRight][i] = accumulated(readFrame[kRight], wetGain, outputs[kRight][i]);
             } else {
                 for (unsigned c = 0; c < Channels; ++c) {
-                    float* line = lines[c];
                     const float input = inputs[c][i];
-                    feed(line, input, feedback, noise, readSlot, writeSlot);
+                    feed(readFrame, writeFrame, c, input, feedback, noise);
                     if constexpr (Accumulate)
-                        outputs[c][i] = accumulated(line[readSlot], wetGain, outputs[c][i]);
+                        outputs[c][i] = accumulated(readFrame[c], wetGain, outputs[c][i]);
                     else
-                        outputs[c][i] = mixed(line[readSlot], wetGain, input, dryGain);
+                        outputs[c][i] = mixed(readFrame[c], wetGain, input, dryGain);
                 }
             }
             delay::advance(writePos, length);

@@ -9,6 +9,7 @@
 // so no sample outside the line is ever read or written.
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <new>
 
@@ -35,21 +36,38 @@ inline float denormalNoise(VstInt32 frames, VstInt32 frame) noexcept {
     return kDenormalNoise[countdown & 7u];
 }
 
-// One circular line of float samples per channel, in one host buffer aligned
-// to 16 bytes, plus one spare frame at index L that absorbs out-of-range
-// positions (a write there is kept, a read returns it, clearing zeroes it).
+// Where a position lands in a line of `length` frames: itself inside the
+// line, the spare frame at or past its end.
+inline std::uint32_t slotOf(std::uint32_t position, std::uint32_t length) noexcept {
+    return position < length ? position : length;
+}
+
+// One circular line of float samples per channel, plus one spare frame at
+// index L that absorbs out-of-range positions (a write there is kept, a read
+// returns it, clearing zeroes it).
+//
+// All channels share the positions, so the lines are stored frame by frame in
+// one host array: the samples of every channel at one position lie side by
+// side, and one vector load or store reaches several channels' samples. The
+// storage is exactly (L + 1) x channels floats, the same as one array per
+// channel would take.
 class DelayLine {
 public:
     DelayLine() noexcept : buffer_(16, true) {}
 
     // Sizes the line to `length` frames (0 when the length is 0 or less) for
-    // `channels` channels, zeroed. When memory is short it answers false and
-    // keeps the previous line, contents and length.
+    // `channels` channels, zeroed. When memory is short, or the samples do not
+    // fit the host buffer's 32-bit count, it answers false and keeps the
+    // previous line, contents and length.
     bool resize(int channels, std::int32_t length) noexcept {
+        if (channels <= 0) return false;
         const std::int32_t frames = length > 0 ? length : 0;
-        if (frames == INT32_MAX) return false;  // no room for the spare frame
-        if (!buffer_.Init(channels, frames + 1)) return false;
+        const std::int64_t samples = (static_cast<std::int64_t>(frames) + 1) * channels;
+        if (samples > INT32_MAX) return false;
+        if (!buffer_.Init(1, static_cast<int>(samples))) return false;
+        samples_ = buffer_.GetChannel(0);
         length_ = static_cast<std::uint32_t>(frames);
+        channels_ = channels;
         return true;
     }
 
@@ -57,16 +75,25 @@ public:
 
     // L: the number of frames of the line proper, without the spare frame.
     std::uint32_t length() const noexcept { return length_; }
-    int channelCount() const noexcept { return buffer_.GetChannelCount(); }
-    float* channel(int channelIndex) noexcept { return buffer_.GetChannel(channelIndex); }
+    int channelCount() const noexcept { return channels_; }
+
+    // The samples of every channel at a slot, channel 0 first.
+    float* frame(std::uint32_t slot) noexcept { return samples_ + static_cast<std::size_t>(slot) * channels_; }
+    // The same, for a loop that knows the channel count.
+    template <unsigned Channels>
+    float* frame(std::uint32_t slot) noexcept {
+        return samples_ + static_cast<std::size_t>(slot) * Channels;
+    }
 
     // Where a position lands in the storage: itself inside the line, the
     // spare frame at or past its end.
-    std::uint32_t slot(std::uint32_t position) const noexcept { return position < length_ ? position : length_; }
+    std::uint32_t slot(std::uint32_t position) const noexcept { return slotOf(position, length_); }
 
 private:
     AR::AudioBuffer buffer_;
+    float* samples_ = nullptr;
     std::uint32_t length_ = 0;
+    int channels_ = 0;
 };
 
 // A delay time in frames: trunc(rate x seconds), product in double,

@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "Numeric.h"
+#include "effects/delay/DelayLanes.h"
+#include "effects/filters/VectorPath.h"
 #include "host/Factory.h"
 #include "host/FamilyShape.h"
 #include "host/Localized.h"
@@ -68,6 +70,189 @@ constexpr double kPercentPerUnit = 100.0;
 constexpr double kDbPerDecade = 20.0;
 
 inline float load(const std::atomic<float>& value) noexcept { return value.load(std::memory_order_relaxed); }
+
+using TapPositions = std::array<std::uint32_t, kTaps>;
+using TapValues = std::array<float, kTaps>;
+
+// What a call of the recursion reads and advances, the same for every channel.
+struct TapRun {
+    delay::DelayLine& line;
+    std::uint32_t writePos;
+    TapPositions tapPos;
+    TapValues feedback;
+    TapValues level;
+    float wetGain;
+    float dryGain;
+
+    // One frame on: the write position, then every tap, back to 0 at the end.
+    void advance() noexcept {
+        delay::advance(writePos, line.length());
+        for (unsigned k = 0; k < kTaps; ++k) delay::advance(tapPos[k], line.length());
+    }
+};
+
+// Where the taps and the write land in the line for the current frame.
+struct TapFrame {
+    std::array<const float*, kTaps> tap;
+    float* write;
+
+    template <unsigned Channels>
+    static TapFrame at(TapRun& run) noexcept {
+        TapFrame frame;
+        frame.write = run.line.frame<Channels>(run.line.slot(run.writePos));
+        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.frame<Channels>(run.line.slot(run.tapPos[k]));
+        return frame;
+    }
+};
+
+// One frame of channel c: the line fed, and the taps heard scaled by the wet
+// gain (in double; the caller forms the output).
+inline double tapStep(const TapRun& run, const TapFrame& at, unsigned c, float input, double noise) noexcept {
+    // Fed back: tap 1, the input, taps 2 to 4, the noise, summed in double
+    // from left to right and rounded once.
+    double fed = static_cast<double>(at.tap[0][c]) * static_cast<double>(run.feedback[0]);
+    fed += static_cast<double>(input);
+    for (unsigned k = 1; k < kTaps; ++k) fed += static_cast<double>(at.tap[k][c]) * static_cast<double>(run.feedback[k]);
+    fed += noise;
+    at.write[c] = toFloat(fed);
+    // Heard: the taps read after the write, kept in double until the output.
+    double heard = static_cast<double>(at.tap[0][c]) * static_cast<double>(run.level[0]);
+    for (unsigned k = 1; k < kTaps; ++k) heard += static_cast<double>(at.tap[k][c]) * static_cast<double>(run.level[k]);
+    return heard * static_cast<double>(run.wetGain);
+}
+
+// Gains and positions of a call in locals, so the line's stores cannot be
+// taken to change them; the lane loop reads and advances these.
+struct TapLaneState {
+    std::uint32_t length;
+    float* samples;
+    std::uint32_t writePos;
+    TapPositions tapPos;
+    std::array<double, kTaps> feedback;
+    std::array<double, kTaps> level;
+    double wetGain;
+    double dryGain;
+};
+
+// The same frame for a group of `Width` channels from channel c on, one
+// channel per lane, every step the plain one above, and the output formed.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline void tapLanes(const TapLaneState& run, const std::array<const float*, kTaps>& tapFrame,
+                                            float* writeFrame, bool tapHearsWrite, unsigned c, const float* in,
+                                            float* out, const typename delay::Lanes<Width>::D& noise) noexcept {
+    using L = delay::Lanes<Width>;
+    typename L::D input, tap[kTaps];
+    L::load(input, in + c);
+    for (unsigned k = 0; k < kTaps; ++k) L::load(tap[k], tapFrame[k] + c);
+    auto fed = tap[0] * run.feedback[0];
+    fed += input;
+    for (unsigned k = 1; k < kTaps; ++k) fed += tap[k] * run.feedback[k];
+    fed += noise;
+    L::store(writeFrame + c, fed);
+    // A tap on the slot just written hears the new sample: read it again.
+    if (tapHearsWrite)
+        for (unsigned k = 0; k < kTaps; ++k) L::load(tap[k], tapFrame[k] + c);
+    auto heard = tap[0] * run.level[0];
+    for (unsigned k = 1; k < kTaps; ++k) heard += tap[k] * run.level[k];
+    const auto wet = heard * run.wetGain;
+    if constexpr (Accumulate) {
+        typename L::D held;
+        L::load(held, out + c);
+        L::store(out + c, wet + held);
+    } else {
+        L::store(out + c, wet + input * run.dryGain);
+    }
+}
+
+// Every frame of a call, all channels at once in groups of `Width` lanes (a
+// pair for two channels left over), through rows of frames (DelayLanes.h).
+template <unsigned Width, unsigned Channels, bool Accumulate>
+[[gnu::always_inline]] inline void runTapLanes(TapRun& call, float** inputs, float** outputs, VstInt32 frames) {
+    TapLaneState run{call.line.length(), call.line.frame(0), call.writePos, call.tapPos, {}, {}, call.wetGain,
+                     call.dryGain};
+    for (unsigned k = 0; k < kTaps; ++k) {
+        run.feedback[k] = call.feedback[k];
+        run.level[k] = call.level[k];
+    }
+    delay::RowStretch<Channels> rows;
+    for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
+        const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
+        VstInt32 j = 0;
+        while (j < count) {
+            const float* in = rows.in + j * Channels;
+            float* out = rows.out + j * Channels;
+            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
+                // Two frames at once where every position steps on without a
+                // wrap, no tap hears the write, and no tap of the second frame
+                // reads the slot the first writes (a tap one frame behind).
+                // The two frames lie side by side in the line and in the rows;
+                // each group loads its lanes before it stores them, and no
+                // group loads what an earlier group stored, so every lane
+                // reads what the plain loop reads.
+                bool pairable = j + 1 < count && delay::nextIsAdjacent(run.writePos, run.length);
+                for (unsigned k = 0; k < kTaps; ++k)
+                    pairable = pairable && delay::nextIsAdjacent(run.tapPos[k], run.length) &&
+                               run.tapPos[k] != run.writePos && run.tapPos[k] + 1 != run.writePos;
+                if (pairable) {
+                    const double first = delay::denormalNoise(frames, start + j);
+                    const double second = delay::denormalNoise(frames, start + j + 1);
+                    float* writeFrame = run.samples + static_cast<std::size_t>(run.writePos) * Channels;
+                    std::array<const float*, kTaps> tapFrame;
+                    for (unsigned k = 0; k < kTaps; ++k)
+                        tapFrame[k] = run.samples + static_cast<std::size_t>(run.tapPos[k]) * Channels;
+                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
+                        LanesD4 noise;
+                        delay::pairNoise<Channels>(noise, group, first, second);
+                        tapLanes<4, Accumulate>(run, tapFrame, writeFrame, false, 4 * group, in, out, noise);
+                    }
+                    for (int step = 0; step < 2; ++step) {
+                        delay::advance(run.writePos, run.length);
+                        for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
+                    }
+                    j += 2;
+                    continue;
+                }
+            }
+            const std::uint32_t writeSlot = delay::slotOf(run.writePos, run.length);
+            float* writeFrame = run.samples + static_cast<std::size_t>(writeSlot) * Channels;
+            std::array<const float*, kTaps> tapFrame;
+            bool tapHearsWrite = false;
+            for (unsigned k = 0; k < kTaps; ++k) {
+                const std::uint32_t tapSlot = delay::slotOf(run.tapPos[k], run.length);
+                tapFrame[k] = run.samples + static_cast<std::size_t>(tapSlot) * Channels;
+                tapHearsWrite = tapHearsWrite || tapSlot == writeSlot;
+            }
+            const double noise = delay::denormalNoise(frames, start + j);
+            unsigned c = 0;
+            for (; c + Width <= Channels; c += Width) {
+                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
+                tapLanes<Width, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, wide);
+            }
+            if constexpr (Channels % Width == 2) {
+                const LanesD2 pair = LanesD2{} + noise;
+                tapLanes<2, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, pair);
+            }
+            delay::advance(run.writePos, run.length);
+            for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
+            ++j;
+        }
+        rows.store(outputs, start, count);
+    }
+    call.writePos = run.writePos;
+    call.tapPos = run.tapPos;
+}
+
+template <unsigned Channels, bool Accumulate>
+void runTapLanesSse2(TapRun& run, float** inputs, float** outputs, VstInt32 frames) {
+    runTapLanes<2, Channels, Accumulate>(run, inputs, outputs, frames);
+}
+
+// Compiled for AVX2 on its own; called only where the processor has it.
+template <unsigned Channels, bool Accumulate>
+__attribute__((target("avx2"))) void runTapLanesAvx2(TapRun& run, float** inputs, float** outputs,
+                                                     VstInt32 frames) {
+    runTapLanes<4, Channels, Accumulate>(run, inputs, outputs, frames);
+}
 
 }  // namespace
 
@@ -148,49 +333,56 @@ template <unsigned Channels, bool Accumulate>
 void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames) noexcept {
     const bool runnable = frames > 0 && hasDelayLine() && delay::channelsPresent(inputs, Channels) &&
                           delay::channelsPresent(outputs, Channels);
-    const std::uint32_t length = delayLine_.length();
+    constexpr bool kLanes = Channels > 1;
+    const VectorPath path = kLanes ? vectorPath() : VectorPath::scalar;
+
+    if (path != VectorPath::scalar) {
+        // All channels frame by frame. On sixteen channels this is the plain
+        // loop's result too: its passes check the parameters before each
+        // channel and all start from the same saved positions, and the
+        // channels' lines are independent. (The one check here and its
+        // sixteen differ only when a host stores a parameter from another
+        // thread during the call; either way the change reaches the next call.)
+        if constexpr (Channels == 16) {
+            const std::uint32_t savedWritePos = writePos_;
+            const TapPositions savedTapPos = tapReadPos_;
+            refreshParameters();
+            writePos_ = savedWritePos;
+            tapReadPos_ = savedTapPos;
+        } else {
+            refreshParameters();
+        }
+        if (!runnable) return;
+        TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
+        if constexpr (kLanes) {
+            if (path == VectorPath::avx2)
+                runTapLanesAvx2<Channels, Accumulate>(run, inputs, outputs, frames);
+            else
+                runTapLanesSse2<Channels, Accumulate>(run, inputs, outputs, frames);
+        }
+        writePos_ = run.writePos;
+        tapReadPos_ = run.tapPos;
+        return;
+    }
 
     // Channels [first, last) for every frame of the call, from the current positions.
-    auto run = [&](unsigned first, unsigned last) {
-        const TapValues feedback = appliedFeedback_;
-        const TapValues level = appliedTapLevel_;
-        const float wetGain = wetGain_;
-        const float dryGain = dryGain_;
-        std::uint32_t writePos = writePos_;
-        TapPositions tapPos = tapReadPos_;
-        std::array<float*, Channels> lines{};
-        for (unsigned c = first; c < last; ++c) lines[c] = delayLine_.channel(static_cast<int>(c));
+    auto runPlain = [&](unsigned first, unsigned last) {
+        TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
         for (VstInt32 i = 0; i < frames; ++i) {
+            const TapFrame at = TapFrame::at<Channels>(run);
             const double noise = delay::denormalNoise(frames, i);
-            TapPositions tap{};
-            for (unsigned k = 0; k < kTaps; ++k) tap[k] = delayLine_.slot(tapPos[k]);
-            const std::uint32_t writeSlot = delayLine_.slot(writePos);
             for (unsigned c = first; c < last; ++c) {
-                float* line = lines[c];
                 const float input = inputs[c][i];
-                // Fed back: tap 1, the input, taps 2 to 4, the noise, summed
-                // in double from left to right and rounded once.
-                double fed = static_cast<double>(line[tap[0]]) * static_cast<double>(feedback[0]);
-                fed += static_cast<double>(input);
-                for (unsigned k = 1; k < kTaps; ++k)
-                    fed += static_cast<double>(line[tap[k]]) * static_cast<double>(feedback[k]);
-                fed += noise;
-                line[writeSlot] = toFloat(fed);
-                // Heard: the taps read after the write, kept in double until the output.
-                double heard = static_cast<double>(line[tap[0]]) * static_cast<double>(level[0]);
-                for (unsigned k = 1; k < kTaps; ++k)
-                    heard += static_cast<double>(line[tap[k]]) * static_cast<double>(level[k]);
-                const double wet = heard * static_cast<double>(wetGain);
+                const double wet = tapStep(run, at, c, input, noise);
                 if constexpr (Accumulate)
                     outputs[c][i] = toFloat(wet + static_cast<double>(outputs[c][i]));
                 else
-                    outputs[c][i] = toFloat(wet + static_cast<double>(input) * static_cast<double>(dryGain));
+                    outputs[c][i] = toFloat(wet + static_cast<double>(input) * static_cast<double>(run.dryGain));
             }
-            delay::advance(writePos, length);
-            for (unsigned k = 0; k < kTaps; ++k) delay::advance(tapPos[k], length);
+            run.advance();
         }
-        writePos_ = writePos;
-        tapReadPos_ = tapPos;
+        writePos_ = run.writePos;
+        tapReadPos_ = run.tapPos;
     };
 
     if constexpr (Channels == 16) {
@@ -204,11 +396,11 @@ void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames
             refreshParameters();
             writePos_ = savedWritePos;
             tapReadPos_ = savedTapPos;
-            if (runnable) run(c, c + 1);
+            if (runnable) runPlain(c, c + 1);
         }
     } else {
         refreshParameters();
-        if (runnable) run(0, Channels);
+        if (runnable) runPlain(0, Channels);
     }
 }
 
