@@ -167,6 +167,10 @@ OutputFile::OutputFile(const std::string& path, int format, unsigned channels, i
     countsFullScale_ = integerBits_ == 0 && !isFloatSubtype(subtype);
     // Codecs that take floats clip at full scale instead of wrapping around.
     if (countsFullScale_) ::sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // No PEAK chunk in float files: building it scans every sample on the
+    // writing thread, the busiest of a render, and players and editors do not
+    // need it (SoX and FFmpeg write none); afx prints the peaks itself.
+    if (isFloatSubtype(subtype)) ::sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     if (integerBits_ > 0) integers_.resize(static_cast<std::size_t>(maxFrames) * channels);
 }
 
