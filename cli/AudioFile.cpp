@@ -32,6 +32,8 @@ void installCleanupHandlers() {
 
 std::string systemReason() { return std::strerror(errno); }
 
+constexpr std::int64_t kWritebackBytes = 2 << 20;  // the most left for the final flush
+
 // Bits per sample of the subtypes afx converts to integers itself.
 int integerBitsOf(int subtype) {
     switch (subtype) {
@@ -123,8 +125,8 @@ std::string describeFormat(int format) {
 }
 
 OutputFile::OutputFile(const std::string& path, int format, unsigned channels, int sampleRate,
-                       std::int64_t maxFrames)
-    : path_(path), channels_(channels) {
+                       std::int64_t maxFrames, bool syncToDisk)
+    : path_(path), channels_(channels), syncToDisk_(syncToDisk) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
@@ -149,8 +151,12 @@ OutputFile::OutputFile(const std::string& path, int format, unsigned channels, i
     info.format = format;
     info.channels = static_cast<int>(channels);
     info.samplerate = sampleRate;
-    file_ = ::sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE);
+    // afx keeps the descriptor: it is flushed to the disk after libsndfile's
+    // last header update, before the rename.
+    descriptor_ = descriptor;
+    file_ = ::sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE);
     if (file_ == nullptr) {
+        descriptor_ = -1;
         ::close(descriptor);
         ::unlink(gTemporaryPath);
         gTemporaryPath[0] = '\0';
@@ -161,11 +167,16 @@ OutputFile::OutputFile(const std::string& path, int format, unsigned channels, i
     countsFullScale_ = integerBits_ == 0 && !isFloatSubtype(subtype);
     // Codecs that take floats clip at full scale instead of wrapping around.
     if (countsFullScale_) ::sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // No PEAK chunk in float files: building it scans every sample on the
+    // writing thread, the busiest of a render, and players and editors do not
+    // need it (SoX and FFmpeg write none); afx prints the peaks itself.
+    if (isFloatSubtype(subtype)) ::sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     if (integerBits_ > 0) integers_.resize(static_cast<std::size_t>(maxFrames) * channels);
 }
 
 OutputFile::~OutputFile() {
     if (file_ != nullptr) ::sf_close(file_);
+    if (descriptor_ >= 0) ::close(descriptor_);
     if (!committed_ && gTemporaryPath[0] != '\0') ::unlink(gTemporaryPath);
     gTemporaryPath[0] = '\0';
 }
@@ -202,13 +213,24 @@ void OutputFile::write(const float* interleaved, std::int64_t frames) {
         written = ::sf_writef_float(file_, interleaved, frames);
     }
     if (written != frames) throw RunError("cannot write output '" + path_ + "': " + ::sf_strerror(file_));
+    // Start the disk writes of what has piled up, without waiting for them:
+    // the flush before the rename then has only the last stretch to wait for.
+    unsyncedBytes_ += static_cast<std::int64_t>(count * sizeof(float));
+    if (syncToDisk_ && unsyncedBytes_ >= kWritebackBytes) {
+        ::sync_file_range(descriptor_, 0, 0, SYNC_FILE_RANGE_WRITE);
+        unsyncedBytes_ = 0;
+    }
 }
 
 void OutputFile::commit() {
-    ::sf_write_sync(file_);
     const int closed = ::sf_close(file_);
     file_ = nullptr;
     if (closed != 0) throw RunError("cannot finish output '" + path_ + "': " + ::sf_error_number(closed));
+    if (syncToDisk_ && ::fsync(descriptor_) != 0)
+        throw RunError("cannot finish output '" + path_ + "': " + systemReason());
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    if (::close(descriptor) != 0) throw RunError("cannot finish output '" + path_ + "': " + systemReason());
     if (::rename(gTemporaryPath, path_.c_str()) != 0)
         throw RunError("cannot move the finished output to '" + path_ + "': " + systemReason());
     committed_ = true;

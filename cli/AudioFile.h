@@ -40,12 +40,17 @@ private:
 class OutputFile {
 public:
     // `maxFrames`: the most frames one write() passes (its buffers are made once).
-    OutputFile(const std::string& path, int format, unsigned channels, int sampleRate, std::int64_t maxFrames);
+    // `syncToDisk`: commit() renames only once the contents are on the disk,
+    // so that a crash soon after cannot leave OUTPUT empty or partial; the
+    // disk writes start while the render runs, so little is left to wait for.
+    OutputFile(const std::string& path, int format, unsigned channels, int sampleRate, std::int64_t maxFrames,
+               bool syncToDisk = true);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(const float* interleaved, std::int64_t frames);
+    // Closes the file and renames it over OUTPUT.
     void commit();
 
     bool isInteger() const { return integerBits_ > 0; }
@@ -56,6 +61,9 @@ private:
     unsigned channels_;
     int integerBits_ = 0;          // bits of an integer sample format, 0 for floats and codecs
     bool countsFullScale_ = false;  // codecs clipped by libsndfile: count |x| > 1 ourselves
+    int descriptor_ = -1;
+    bool syncToDisk_;
+    std::int64_t unsyncedBytes_ = 0;  // written since the disk writes were last started
     SNDFILE* file_ = nullptr;
     std::vector<int> integers_;
     std::uint64_t clipped_ = 0;

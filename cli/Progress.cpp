@@ -4,6 +4,10 @@
 #include <cmath>
 #include <cstdio>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace afx {
 namespace {
 
@@ -49,16 +53,41 @@ void Progress::clear() {
     shown_ = false;
 }
 
-void PeakMeter::take(const float* const* channels, int frames) {
-    for (std::size_t c = 0; c < peaks_.size(); ++c) {
-        float peak = peaks_[c];
-        const float* samples = channels[c];
-        for (int i = 0; i < frames; ++i) {
-            const float magnitude = std::fabs(samples[i]);
-            if (magnitude > peak) peak = magnitude;  // a NaN never wins
+namespace {
+
+// The largest magnitude of `samples` and `peak`; a NaN never wins. MAXPS
+// keeps its second operand unless the first is greater, which is exactly
+// "take the magnitude if it is greater": four lanes keep their own peaks and
+// the largest of them is the largest of all, in any order.
+float peakOf(const float* samples, std::int64_t frames, float peak) {
+    std::int64_t i = 0;
+#if defined(__SSE2__)
+    if (frames >= 8) {
+        const __m128 magnitudeMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
+        __m128 lanesA = _mm_set1_ps(peak);
+        __m128 lanesB = lanesA;
+        for (; i + 8 <= frames; i += 8) {
+            lanesA = _mm_max_ps(_mm_and_ps(_mm_loadu_ps(samples + i), magnitudeMask), lanesA);
+            lanesB = _mm_max_ps(_mm_and_ps(_mm_loadu_ps(samples + i + 4), magnitudeMask), lanesB);
         }
-        peaks_[c] = peak;
+        alignas(16) float lanes[8];
+        _mm_store_ps(lanes, lanesA);
+        _mm_store_ps(lanes + 4, lanesB);
+        for (float lane : lanes)
+            if (lane > peak) peak = lane;
     }
+#endif
+    for (; i < frames; ++i) {
+        const float magnitude = std::fabs(samples[i]);
+        if (magnitude > peak) peak = magnitude;
+    }
+    return peak;
+}
+
+}  // namespace
+
+void PeakMeter::take(const float* const* channels, std::int64_t frames) {
+    for (std::size_t c = 0; c < peaks_.size(); ++c) peaks_[c] = peakOf(channels[c], frames, peaks_[c]);
 }
 
 std::string decibelsFullScale(float peak) {

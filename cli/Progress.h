@@ -29,7 +29,7 @@ private:
 class PeakMeter {
 public:
     explicit PeakMeter(unsigned channels) : peaks_(channels, 0.0f) {}
-    void take(const float* const* channels, int frames);
+    void take(const float* const* channels, std::int64_t frames);
     const std::vector<float>& peaks() const { return peaks_; }
 
 private:

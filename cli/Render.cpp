@@ -10,9 +10,15 @@
 #include "Errors.h"
 #include "ModuleHost.h"
 #include "Progress.h"
+#include "RenderPipeline.h"
+#include "RenderStages.h"
 
 namespace afx {
 namespace {
+
+// Chunks in the pipeline at once: one being read, one processed, one
+// written, and one spare so that no stage waits for a slot in the steady state.
+constexpr int kChunksInFlight = 4;
 
 // Refuses what would lose data before anything is loaded or written.
 void checkPaths(const RenderJob& job) {
@@ -51,6 +57,7 @@ std::string peakList(const std::vector<float>& peaks) {
     return text;
 }
 
+
 }  // namespace
 
 int render(const RenderJob& job) {
@@ -62,32 +69,25 @@ int render(const RenderJob& job) {
     Chain chain(host, job.effects, channels, input.sampleRate(), job.blockFrames);
     if (job.describeChain && !job.quiet) describe(chain);
 
-    // Every buffer is made once; the block loop allocates nothing.
-    const auto block = static_cast<std::size_t>(job.blockFrames);
-    std::vector<float> interleaved(block * channels);
-    std::vector<std::vector<float>> planes(channels, std::vector<float>(block));
-    std::vector<float*> pointers(channels);
-    for (unsigned c = 0; c < channels; ++c) pointers[c] = planes[c].data();
-    PeakMeter before(channels);
-    PeakMeter after(channels);
-
-    OutputFile output(job.output, format, channels, input.sampleRate(), job.blockFrames);
+    // Every buffer is made here, once: the blocks allocate nothing.
+    const std::int64_t chunkFrames = chunkFramesFor(channels, job.blockFrames, job.chunkFrames, input.frames());
+    RenderStages stages(channels, chunkFrames, job.blockFrames);
+    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
+    OutputFile output(job.output, format, channels, input.sampleRate(), chunkFrames, job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
+    std::int64_t processed = 0;
     std::int64_t done = 0;
-    for (;;) {
-        const std::int64_t frames = input.read(interleaved.data(), job.blockFrames);
-        if (frames == 0) break;
-        const int count = static_cast<int>(frames);
-        for (int i = 0; i < count; ++i)
-            for (unsigned c = 0; c < channels; ++c) planes[c][i] = interleaved[i * channels + c];
-        before.take(pointers.data(), count);
-        chain.process(pointers.data(), count);
-        after.take(pointers.data(), count);
-        for (int i = 0; i < count; ++i)
-            for (unsigned c = 0; c < channels; ++c) interleaved[i * channels + c] = planes[c][i];
-        output.write(interleaved.data(), frames);
-        done += frames;
-        progress.update(done);
+    try {
+        done = pipeline.run([&](float* chunk) { return stages.read(input, chunk); },
+                            [&](float* chunk, std::int64_t frames) {
+                                stages.process(chain, chunk, frames);
+                                processed += frames;
+                                progress.update(processed);
+                            },
+                            [&](const float* chunk, std::int64_t frames) { stages.write(output, chunk, frames); });
+    } catch (...) {
+        progress.clear();
+        throw;
     }
     progress.clear();
     if (input.frames() > 0 && done < input.frames())
@@ -102,8 +102,8 @@ int render(const RenderJob& job) {
         std::printf("afx: %s: %lld frames, %u channel%s, %.3f s of audio in %.3f s (%.1fx real time); "
                     "peak dBFS in [%s] out [%s]\n",
                     job.output.c_str(), static_cast<long long>(done), channels, channels == 1 ? "" : "s", audio, wall,
-                    wall > 0.0 ? audio / wall : 0.0, peakList(before.peaks()).c_str(),
-                    peakList(after.peaks()).c_str());
+                    wall > 0.0 ? audio / wall : 0.0, peakList(stages.before().peaks()).c_str(),
+                    peakList(stages.after().peaks()).c_str());
     if (output.clippedSamples() > 0)
         std::fprintf(stderr,
                      "afx: warning: %llu samples clipped at full scale in the integer output; lower the level "

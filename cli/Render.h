@@ -1,6 +1,7 @@
 #pragma once
 // The render shared by 'afx render' and 'afx demo': INPUT through a chain of
 // effects into OUTPUT, written beside it and renamed only when complete.
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ struct RenderJob {
     std::string output;
     std::vector<EffectRequest> effects;
     int blockFrames = 1024;
+    std::int64_t chunkFrames = 0;  // frames per file read and write; 0: about 256 KB of samples
+    bool syncOutput = true;        // flush OUTPUT to the disk before it replaces anything
     bool asFloat = false;
     bool overwrite = false;
     bool quiet = false;

@@ -12,14 +12,16 @@ namespace {
 
 constexpr const char* kRenderHelp =
     "usage: afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]...\n"
-    "                  [-e EFFECT ...]... [--block N] [--float] [-y] [--quiet] [--module PATH]\n"
+    "                  [-e EFFECT ...]... [--block N] [--chunk N] [--float] [--no-sync] [-y]\n"
+    "                  [--quiet] [--module PATH]\n"
     "\n"
     "Reads INPUT, runs it through the effects in the order given and writes OUTPUT.\n"
     "Each effect processes in place, block after block, as a host drives it: open,\n"
     "sample rate, block size, resume, parameters, blocks (the last one shorter),\n"
     "suspend, close. OUTPUT is written to a hidden file beside it and renamed only\n"
     "when the render is complete, so a failed or interrupted render leaves no\n"
-    "partial file and an existing OUTPUT intact.\n"
+    "partial file and an existing OUTPUT intact. Reading, the effects and writing\n"
+    "run side by side on separate threads, a few chunks apart.\n"
     "\n"
     "  -e, --effect EFFECT        add an effect to the chain: an identifier from\n"
     "                             'afx list' (any case, e.g. \"Internal Highpass Stereo\")\n"
@@ -36,7 +38,14 @@ constexpr const char* kRenderHelp =
     "      --set INDEX=NORMALISED set a parameter of the effect before it to a\n"
     "                             normalised value, passed exactly as typed\n"
     "      --block N              frames per processing call (default 1024, N >= 1)\n"
+    "      --chunk N              frames per file read and write (default: about\n"
+    "                             256 KB of samples), rounded up to a whole number of\n"
+    "                             blocks; the output does not depend on it\n"
     "      --float                write 32-bit float samples (default: INPUT's format)\n"
+    "      --no-sync              do not wait for OUTPUT to reach the disk before it is\n"
+    "                             renamed (saves the final flush, which counts on slow\n"
+    "                             disks; a power cut soon after may leave OUTPUT empty\n"
+    "                             or partial). By default afx waits.\n"
     "  -y, --overwrite            replace an existing OUTPUT\n"
     "  -q, --quiet                no progress bar and no summary line\n"
     "      --module PATH          the effects module (default: libAudioFilters.so\n"
@@ -77,6 +86,12 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             const long frames = parseInteger(arguments.valueFor(word), "--block");
             if (frames < 1 || frames > INT_MAX) throw UsageError("--block must be a frame count of at least 1");
             job.blockFrames = static_cast<int>(frames);
+        } else if (word == "--chunk") {
+            const long frames = parseInteger(arguments.valueFor(word), "--chunk");
+            if (frames < 1 || frames > INT_MAX) throw UsageError("--chunk must be a frame count of at least 1");
+            job.chunkFrames = frames;
+        } else if (word == "--no-sync") {
+            job.syncOutput = false;
         } else if (word == "--float") {
             job.asFloat = true;
         } else if (word == "-y" || word == "--overwrite" || word == "--yes") {

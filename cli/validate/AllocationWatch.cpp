@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <new>
 
-// AddressSanitizer owns malloc; then only operator new and delete are ours.
-#if defined(__SANITIZE_ADDRESS__)
+// A sanitizer runtime owns malloc; then only operator new and delete are ours.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define AFV_SANITIZED 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || __has_feature(thread_sanitizer)

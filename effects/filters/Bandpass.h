@@ -11,29 +11,29 @@ public:
     ~AudioBandpass() override;
 };
 
-extern template class SectionVariant<AudioBandpass, 1>;
-class AF_EXPORT AudioBandpass1 final : public SectionVariant<AudioBandpass, 1> {
+extern template class CutFilterVariant<AudioBandpass, 1>;
+class AF_EXPORT AudioBandpass1 final : public CutFilterVariant<AudioBandpass, 1> {
 public:
     explicit AudioBandpass1(audioMasterCallback audioMaster);
     ~AudioBandpass1() override;
 };
 
-extern template class SectionVariant<AudioBandpass, 2>;
-class AF_EXPORT AudioBandpass2 final : public SectionVariant<AudioBandpass, 2> {
+extern template class CutFilterVariant<AudioBandpass, 2>;
+class AF_EXPORT AudioBandpass2 final : public CutFilterVariant<AudioBandpass, 2> {
 public:
     explicit AudioBandpass2(audioMasterCallback audioMaster);
     ~AudioBandpass2() override;
 };
 
-extern template class SectionVariant<AudioBandpass, 6>;
-class AF_EXPORT AudioBandpass6 final : public SectionVariant<AudioBandpass, 6> {
+extern template class CutFilterVariant<AudioBandpass, 6>;
+class AF_EXPORT AudioBandpass6 final : public CutFilterVariant<AudioBandpass, 6> {
 public:
     explicit AudioBandpass6(audioMasterCallback audioMaster);
     ~AudioBandpass6() override;
 };
 
-extern template class SectionVariant<AudioBandpass, 16>;
-class AF_EXPORT AudioBandpass16 final : public SectionVariant<AudioBandpass, 16> {
+extern template class CutFilterVariant<AudioBandpass, 16>;
+class AF_EXPORT AudioBandpass16 final : public CutFilterVariant<AudioBandpass, 16> {
 public:
     explicit AudioBandpass16(audioMasterCallback audioMaster);
     ~AudioBandpass16() override;

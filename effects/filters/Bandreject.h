@@ -11,29 +11,29 @@ public:
     ~AudioBandreject() override;
 };
 
-extern template class SectionVariant<AudioBandreject, 1>;
-class AF_EXPORT AudioBandreject1 final : public SectionVariant<AudioBandreject, 1> {
+extern template class CutFilterVariant<AudioBandreject, 1>;
+class AF_EXPORT AudioBandreject1 final : public CutFilterVariant<AudioBandreject, 1> {
 public:
     explicit AudioBandreject1(audioMasterCallback audioMaster);
     ~AudioBandreject1() override;
 };
 
-extern template class SectionVariant<AudioBandreject, 2>;
-class AF_EXPORT AudioBandreject2 final : public SectionVariant<AudioBandreject, 2> {
+extern template class CutFilterVariant<AudioBandreject, 2>;
+class AF_EXPORT AudioBandreject2 final : public CutFilterVariant<AudioBandreject, 2> {
 public:
     explicit AudioBandreject2(audioMasterCallback audioMaster);
     ~AudioBandreject2() override;
 };
 
-extern template class SectionVariant<AudioBandreject, 6>;
-class AF_EXPORT AudioBandreject6 final : public SectionVariant<AudioBandreject, 6> {
+extern template class CutFilterVariant<AudioBandreject, 6>;
+class AF_EXPORT AudioBandreject6 final : public CutFilterVariant<AudioBandreject, 6> {
 public:
     explicit AudioBandreject6(audioMasterCallback audioMaster);
     ~AudioBandreject6() override;
 };
 
-extern template class SectionVariant<AudioBandreject, 16>;
-class AF_EXPORT AudioBandreject16 final : public SectionVariant<AudioBandreject, 16> {
+extern template class CutFilterVariant<AudioBandreject, 16>;
+class AF_EXPORT AudioBandreject16 final : public CutFilterVariant<AudioBandreject, 16> {
 public:
     explicit AudioBandreject16(audioMasterCallback audioMaster);
     ~AudioBandreject16() override;

@@ -11,29 +11,29 @@ public:
     ~AudioHighpass() override;
 };
 
-extern template class CascadeVariant<AudioHighpass, 1>;
-class AF_EXPORT AudioHighpass1 final : public CascadeVariant<AudioHighpass, 1> {
+extern template class CutFilterVariant<AudioHighpass, 1>;
+class AF_EXPORT AudioHighpass1 final : public CutFilterVariant<AudioHighpass, 1> {
 public:
     explicit AudioHighpass1(audioMasterCallback audioMaster);
     ~AudioHighpass1() override;
 };
 
-extern template class CascadeVariant<AudioHighpass, 2>;
-class AF_EXPORT AudioHighpass2 final : public CascadeVariant<AudioHighpass, 2> {
+extern template class CutFilterVariant<AudioHighpass, 2>;
+class AF_EXPORT AudioHighpass2 final : public CutFilterVariant<AudioHighpass, 2> {
 public:
     explicit AudioHighpass2(audioMasterCallback audioMaster);
     ~AudioHighpass2() override;
 };
 
-extern template class CascadeVariant<AudioHighpass, 6>;
-class AF_EXPORT AudioHighpass6 final : public CascadeVariant<AudioHighpass, 6> {
+extern template class CutFilterVariant<AudioHighpass, 6>;
+class AF_EXPORT AudioHighpass6 final : public CutFilterVariant<AudioHighpass, 6> {
 public:
     explicit AudioHighpass6(audioMasterCallback audioMaster);
     ~AudioHighpass6() override;
 };
 
-extern template class CascadeVariant<AudioHighpass, 16>;
-class AF_EXPORT AudioHighpass16 final : public CascadeVariant<AudioHighpass, 16> {
+extern template class CutFilterVariant<AudioHighpass, 16>;
+class AF_EXPORT AudioHighpass16 final : public CutFilterVariant<AudioHighpass, 16> {
 public:
     explicit AudioHighpass16(audioMasterCallback audioMaster);
     ~AudioHighpass16() override;

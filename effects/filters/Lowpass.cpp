@@ -9,20 +9,20 @@ namespace AF {
 AudioLowpass::AudioLowpass(unsigned channels, audioMasterCallback audioMaster) : CascadeFamily(channels, audioMaster) {}
 AudioLowpass::~AudioLowpass() = default;
 
-template class CascadeVariant<AudioLowpass, 1>;
-AudioLowpass1::AudioLowpass1(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+template class CutFilterVariant<AudioLowpass, 1>;
+AudioLowpass1::AudioLowpass1(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioLowpass1::~AudioLowpass1() = default;
 
-template class CascadeVariant<AudioLowpass, 2>;
-AudioLowpass2::AudioLowpass2(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+template class CutFilterVariant<AudioLowpass, 2>;
+AudioLowpass2::AudioLowpass2(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioLowpass2::~AudioLowpass2() = default;
 
-template class CascadeVariant<AudioLowpass, 6>;
-AudioLowpass6::AudioLowpass6(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+template class CutFilterVariant<AudioLowpass, 6>;
+AudioLowpass6::AudioLowpass6(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioLowpass6::~AudioLowpass6() = default;
 
-template class CascadeVariant<AudioLowpass, 16>;
-AudioLowpass16::AudioLowpass16(audioMasterCallback audioMaster) : CascadeVariant(audioMaster) {}
+template class CutFilterVariant<AudioLowpass, 16>;
+AudioLowpass16::AudioLowpass16(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioLowpass16::~AudioLowpass16() = default;
 
 AudioEffect* createLowpass(unsigned channels, audioMasterCallback audioMaster) {

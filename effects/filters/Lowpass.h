@@ -11,29 +11,29 @@ public:
     ~AudioLowpass() override;
 };
 
-extern template class CascadeVariant<AudioLowpass, 1>;
-class AF_EXPORT AudioLowpass1 final : public CascadeVariant<AudioLowpass, 1> {
+extern template class CutFilterVariant<AudioLowpass, 1>;
+class AF_EXPORT AudioLowpass1 final : public CutFilterVariant<AudioLowpass, 1> {
 public:
     explicit AudioLowpass1(audioMasterCallback audioMaster);
     ~AudioLowpass1() override;
 };
 
-extern template class CascadeVariant<AudioLowpass, 2>;
-class AF_EXPORT AudioLowpass2 final : public CascadeVariant<AudioLowpass, 2> {
+extern template class CutFilterVariant<AudioLowpass, 2>;
+class AF_EXPORT AudioLowpass2 final : public CutFilterVariant<AudioLowpass, 2> {
 public:
     explicit AudioLowpass2(audioMasterCallback audioMaster);
     ~AudioLowpass2() override;
 };
 
-extern template class CascadeVariant<AudioLowpass, 6>;
-class AF_EXPORT AudioLowpass6 final : public CascadeVariant<AudioLowpass, 6> {
+extern template class CutFilterVariant<AudioLowpass, 6>;
+class AF_EXPORT AudioLowpass6 final : public CutFilterVariant<AudioLowpass, 6> {
 public:
     explicit AudioLowpass6(audioMasterCallback audioMaster);
     ~AudioLowpass6() override;
 };
 
-extern template class CascadeVariant<AudioLowpass, 16>;
-class AF_EXPORT AudioLowpass16 final : public CascadeVariant<AudioLowpass, 16> {
+extern template class CutFilterVariant<AudioLowpass, 16>;
+class AF_EXPORT AudioLowpass16 final : public CutFilterVariant<AudioLowpass, 16> {
 public:
     explicit AudioLowpass16(audioMasterCallback audioMaster);
     ~AudioLowpass16() override;

@@ -14,13 +14,13 @@
 
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
-#include "ChannelOrder.h"
 #include "CutoffMapping.h"
 #include "host/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
-#include "VectorPath.h"
+#include "CutFilterVariant.h"
+#include "LaneGroups.h"
 
 namespace AF {
 
@@ -110,13 +110,12 @@ inline float sectionStep(const SectionDesign& d, SectionHistory& h, float x, flo
     return yf;
 }
 
-// The kernel for `Width` channels at once, one per lane: the same double
-// operations as sectionStep in the same order, the sum converted to float once
-// per lane.
-template <SectionResponse Response, unsigned Width>
+// The kernel for several channels at once, one per lane (`L` is TwoLanes or
+// FourLanes): the same double operations as sectionStep in the same order, the
+// sum converted to float once per lane.
+template <SectionResponse Response, class L>
 struct SectionLanes {
-    using D = typename LaneTypes<Width>::D;
-    using F = typename LaneTypes<Width>::F;
+    using D = typename L::D;
     struct Coefficients {
         D b0, a1, a2;
         explicit Coefficients(const SectionDesign& d)
@@ -124,52 +123,35 @@ struct SectionLanes {
               a1(D{} + static_cast<double>(d.a1)),
               a2(D{} + static_cast<double>(d.a2)) {}
     };
-    D x1, x2, y1, y2;
+    std::array<D, kSectionHistorySize - 2> state;  // y1, y2
 
-    static double offset(VstInt32 frames, VstInt32 n) noexcept {
-        return static_cast<double>(sectionOffset<Response>(frames, n));
-    }
-    [[gnu::always_inline]] inline void load(const SectionHistory* h) noexcept {
-        for (unsigned lane = 0; lane < Width; ++lane) {
-            x1[lane] = h[lane].x1;
-            x2[lane] = h[lane].x2;
-            y1[lane] = h[lane].y1;
-            y2[lane] = h[lane].y2;
-        }
-    }
-    [[gnu::always_inline]] inline void store(SectionHistory* h) const noexcept {
-        for (unsigned lane = 0; lane < Width; ++lane)  // exact: the lanes hold floats
-            h[lane] = {toFloat(x1[lane]), toFloat(x2[lane]), toFloat(y1[lane]), toFloat(y2[lane])};
-    }
-    [[gnu::always_inline]] inline F advance(const Coefficients& c, const D& x, const D& offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, [[maybe_unused]] const D& x1,
+                                                 const D& x2, const D& offset) noexcept {
+        auto& [y1, y2] = state;
         D y;
         if constexpr (Response == SectionResponse::Bandpass)
             y = (x - x2) * c.b0 - c.a1 * y1 - c.a2 * y2 + offset;
         else
             y = (x1 - y1) * c.a1 + (x + x2) * c.b0 - c.a2 * y2 + offset;
-        const F yf = __builtin_convertvector(y, F);
+        const __m128 yf = L::narrow(y);
         y2 = y1;
-        y1 = __builtin_convertvector(yf, D);
-        x2 = x1;
-        x1 = x;
+        L::widen(yf, y1);
         return yf;
     }
 };
 
-template <SectionResponse Response, unsigned Channels, bool Accumulate>
-void runSectionLanesSse2(std::array<SectionHistory, Channels>& h, float** inputs, float** outputs, VstInt32 frames,
-                         const SectionDesign& d) {
-    using Pair = SectionLanes<Response, 2>;
-    runLaneGroups<Pair, Pair, Channels, Accumulate>(h, inputs, outputs, frames, d);
-}
-
-// Compiled for AVX2 on its own; called only where the processor has it.
-template <SectionResponse Response, unsigned Channels, bool Accumulate>
-__attribute__((target("avx2"))) void runSectionLanesAvx2(std::array<SectionHistory, Channels>& h, float** inputs,
-                                                         float** outputs, VstInt32 frames, const SectionDesign& d) {
-    runLaneGroups<SectionLanes<Response, 4>, SectionLanes<Response, 2>, Channels, Accumulate>(h, inputs, outputs,
-                                                                                              frames, d);
-}
+// What the shared variant loop needs of the family.
+template <SectionResponse Response>
+struct SectionKernel {
+    using Design = SectionDesign;
+    using History = SectionHistory;
+    template <class L> using Lanes = SectionLanes<Response, L>;
+    static constexpr unsigned kOffsetPeriod = Response == SectionResponse::Bandpass ? 4 : 1;
+    static float offset(VstInt32 frames, VstInt32 n) noexcept { return sectionOffset<Response>(frames, n); }
+    static float step(const Design& d, History& h, float x, float offset) noexcept {
+        return sectionStep<Response>(d, h, x, offset);
+    }
+};
 
 inline constexpr ParameterRow kCenterQRows[] = {
     {"$$$/Korvex/AudioFilters/Center=Center", kHertzLabelKey, 0.25f},
@@ -177,11 +159,11 @@ inline constexpr ParameterRow kCenterQRows[] = {
 };
 
 // The family: parameters, properties, lifecycle and the lazy design. The
-// channel variants below add the processing calls.
+// channel variants (CutFilterVariant.h) add the processing calls.
 template <SectionResponse Response>
 class AF_EXPORT SectionFamily : public AudioEffectX, public ML::VSTPropertySupportMixin {
 public:
-    static constexpr SectionResponse kResponse = Response;
+    using Kernel = SectionKernel<Response>;
 
     SectionFamily(unsigned channels, audioMasterCallback audioMaster);
     ~SectionFamily() override;
@@ -221,93 +203,5 @@ protected:
     std::atomic<float> q{0.5f};
     SectionDesign design;
 };
-
-// One processing loop for every channel count: frame by frame up to six
-// channels, channel by channel for sixteen (see ChannelOrder.h). From four
-// channels on, the channels run several per instruction where the processor
-// allows (see VectorPath.h), with the same samples as the plain loop.
-template <class Family, unsigned Channels>
-class AF_EXPORT SectionVariant : public Family {
-public:
-    explicit SectionVariant(audioMasterCallback audioMaster);
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    // Adds the filtered signal into what the outputs hold.
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-
-private:
-    template <bool Accumulate>
-    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
-    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
-};
-
-template <class Family, unsigned Channels>
-SectionVariant<Family, Channels>::SectionVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-    configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
-}
-
-template <class Family, unsigned Channels>
-void SectionVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<false>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-void SectionVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<true>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-template <bool Accumulate>
-void SectionVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
-    constexpr SectionResponse response = Family::kResponse;
-    std::array<float*, Channels> memory{};
-    const bool usable = loadMemory(memory, inputs, outputs);
-    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
-    std::array<SectionHistory, Channels> h{};
-    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = {memory[c][0], memory[c][1], memory[c][2], memory[c][3]};
-    SectionDesign d;
-    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
-    if (path == VectorPath::scalar) {
-        forEachSampleInChannelOrder<Channels>(
-            frames,
-            [&] {
-                this->refreshDesign();
-                d = this->design;
-            },
-            [&](unsigned c, VstInt32 n) {
-                const float x = inputs[c][n];  // read before the write: in place is safe
-                const float y = sectionStep<response>(d, h[c], x, sectionOffset<response>(frames, n));
-                if constexpr (Accumulate)
-                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-                else
-                    outputs[c][n] = y;
-            });
-    } else if constexpr (Channels >= 4) {
-        // One refresh for all channels, also for sixteen, whose plain loop
-        // refreshes before each channel's pass: the two differ only when a host
-        // stores a parameter from another thread during the call, and either
-        // way the change reaches the next call.
-        this->refreshDesign();
-        d = this->design;
-        if (path == VectorPath::avx2) runSectionLanesAvx2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
-        else runSectionLanesSse2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
-    }
-    for (unsigned c = 0; c < Channels && usable; ++c) {
-        memory[c][0] = h[c].x1;
-        memory[c][1] = h[c].x2;
-        memory[c][2] = h[c].y1;
-        memory[c][3] = h[c].y2;
-    }
-}
-
-template <class Family, unsigned Channels>
-bool SectionVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
-                                             float** outputs) noexcept {
-    if (inputs == nullptr || outputs == nullptr) return false;
-    for (unsigned c = 0; c < Channels; ++c) {
-        memory[c] = this->history.GetChannel(static_cast<int>(c));
-        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
-    }
-    return true;
-}
 
 }  // namespace AF

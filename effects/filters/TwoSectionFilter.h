@@ -14,13 +14,13 @@
 
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
-#include "ChannelOrder.h"
 #include "CutoffMapping.h"
 #include "host/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
-#include "VectorPath.h"
+#include "CutFilterVariant.h"
+#include "LaneGroups.h"
 
 namespace AF {
 
@@ -102,13 +102,12 @@ inline float cascadeStep(const CascadeDesign& d, CascadeHistory& h, float x, flo
     return yf;
 }
 
-// The kernel for `Width` channels at once, one per lane: the same double
-// operations as cascadeStep in the same order, each section's sum converted
-// to float once per lane.
-template <CascadeResponse Response, unsigned Width>
+// The kernel for several channels at once, one per lane (`L` is TwoLanes or
+// FourLanes): the same double operations as cascadeStep in the same order,
+// each section's sum converted to float once per lane.
+template <CascadeResponse Response, class L>
 struct CascadeLanes {
-    using D = typename LaneTypes<Width>::D;
-    using F = typename LaneTypes<Width>::F;
+    using D = typename L::D;
     struct Coefficients {
         D gain, feedback1, feedback2;
         explicit Coefficients(const CascadeDesign& d)
@@ -116,75 +115,55 @@ struct CascadeLanes {
               feedback1(D{} + static_cast<double>(d.feedback1)),
               feedback2(D{} + static_cast<double>(d.feedback2)) {}
     };
-    D x1, x2, s1, s2, y1, y2;
+    std::array<D, kCascadeHistorySize - 2> state;  // s1, s2, y1, y2
 
-    static double offset(VstInt32 frames, VstInt32 n) noexcept {
-        return static_cast<double>(cascadeOffset<Response>(frames, n));
-    }
-    [[gnu::always_inline]] inline void load(const CascadeHistory* h) noexcept {
-        for (unsigned lane = 0; lane < Width; ++lane) {
-            x1[lane] = h[lane].x1;
-            x2[lane] = h[lane].x2;
-            s1[lane] = h[lane].s1;
-            s2[lane] = h[lane].s2;
-            y1[lane] = h[lane].y1;
-            y2[lane] = h[lane].y2;
-        }
-    }
-    [[gnu::always_inline]] inline void store(CascadeHistory* h) const noexcept {
-        for (unsigned lane = 0; lane < Width; ++lane) {
-            h[lane] = {toFloat(x1[lane]), toFloat(x2[lane]), toFloat(s1[lane]),  // exact: the lanes hold floats
-                       toFloat(s2[lane]), toFloat(y1[lane]), toFloat(y2[lane])};
-        }
-    }
-    [[gnu::always_inline]] inline F advance(const Coefficients& c, const D& x, const D& offset) noexcept {
+    [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, const D& x1, const D& x2,
+                                                 const D& offset) noexcept {
+        auto& [s1, s2, y1, y2] = state;
         D s;
         if constexpr (Response == CascadeResponse::Highpass)
             s = (x - 2.0 * x1 + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
         else
             s = (2.0 * x1 + x + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
-        const D sf = __builtin_convertvector(__builtin_convertvector(s, F), D);
+        D sf;
+        L::widen(L::narrow(s), sf);
         D y;
         if constexpr (Response == CascadeResponse::Highpass)
             y = (sf - 2.0 * s1 + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
         else
             y = (2.0 * s1 + sf + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
-        const F yf = __builtin_convertvector(y, F);
+        const __m128 yf = L::narrow(y);
         y2 = y1;
-        y1 = __builtin_convertvector(yf, D);
+        L::widen(yf, y1);
         s2 = s1;
         s1 = sf;
-        x2 = x1;
-        x1 = x;
         return yf;
     }
 };
 
-template <CascadeResponse Response, unsigned Channels, bool Accumulate>
-void runCascadeLanesSse2(std::array<CascadeHistory, Channels>& h, float** inputs, float** outputs, VstInt32 frames,
-                         const CascadeDesign& d) {
-    using Pair = CascadeLanes<Response, 2>;
-    runLaneGroups<Pair, Pair, Channels, Accumulate>(h, inputs, outputs, frames, d);
-}
-
-// Compiled for AVX2 on its own; called only where the processor has it.
-template <CascadeResponse Response, unsigned Channels, bool Accumulate>
-__attribute__((target("avx2"))) void runCascadeLanesAvx2(std::array<CascadeHistory, Channels>& h, float** inputs,
-                                                         float** outputs, VstInt32 frames, const CascadeDesign& d) {
-    runLaneGroups<CascadeLanes<Response, 4>, CascadeLanes<Response, 2>, Channels, Accumulate>(h, inputs, outputs,
-                                                                                              frames, d);
-}
+// What the shared variant loop needs of the family.
+template <CascadeResponse Response>
+struct CascadeKernel {
+    using Design = CascadeDesign;
+    using History = CascadeHistory;
+    template <class L> using Lanes = CascadeLanes<Response, L>;
+    static constexpr unsigned kOffsetPeriod = Response == CascadeResponse::Highpass ? 2 : 1;
+    static float offset(VstInt32 frames, VstInt32 n) noexcept { return cascadeOffset<Response>(frames, n); }
+    static float step(const Design& d, History& h, float x, float offset) noexcept {
+        return cascadeStep<Response>(d, h, x, offset);
+    }
+};
 
 inline constexpr ParameterRow kCutoffRows[] = {
     {"$$$/Korvex/AudioFilters/Cutoff=Cutoff", kHertzLabelKey, 0.25f},
 };
 
 // The family: parameter, properties, lifecycle and the lazy design. The
-// channel variants below add the processing calls.
+// channel variants (CutFilterVariant.h) add the processing calls.
 template <CascadeResponse Response>
 class AF_EXPORT CascadeFamily : public AudioEffectX, public ML::VSTPropertySupportMixin {
 public:
-    static constexpr CascadeResponse kResponse = Response;
+    using Kernel = CascadeKernel<Response>;
 
     CascadeFamily(unsigned channels, audioMasterCallback audioMaster);
     ~CascadeFamily() override;
@@ -222,97 +201,5 @@ protected:
     std::atomic<float> cutoff{0.25f};
     CascadeDesign design;
 };
-
-// One processing loop for every channel count: frame by frame up to six
-// channels, channel by channel for sixteen (see ChannelOrder.h). From four
-// channels on, the channels run several per instruction where the processor
-// allows (see VectorPath.h), with the same samples as the plain loop.
-template <class Family, unsigned Channels>
-class AF_EXPORT CascadeVariant : public Family {
-public:
-    explicit CascadeVariant(audioMasterCallback audioMaster);
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    // Adds the filtered signal into what the outputs hold.
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-
-private:
-    template <bool Accumulate>
-    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
-    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
-    static CascadeHistory load(const float* m) noexcept { return {m[0], m[1], m[2], m[3], m[4], m[5]}; }
-    static void store(const CascadeHistory& h, float* m) noexcept {
-        m[0] = h.x1;
-        m[1] = h.x2;
-        m[2] = h.s1;
-        m[3] = h.s2;
-        m[4] = h.y1;
-        m[5] = h.y2;
-    }
-};
-
-template <class Family, unsigned Channels>
-CascadeVariant<Family, Channels>::CascadeVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-    configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
-}
-
-template <class Family, unsigned Channels>
-void CascadeVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<false>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-void CascadeVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<true>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-template <bool Accumulate>
-void CascadeVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
-    constexpr CascadeResponse response = Family::kResponse;
-    std::array<float*, Channels> memory{};
-    const bool usable = loadMemory(memory, inputs, outputs);
-    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
-    std::array<CascadeHistory, Channels> h{};
-    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = load(memory[c]);
-    CascadeDesign d;
-    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
-    if (path == VectorPath::scalar) {
-        forEachSampleInChannelOrder<Channels>(
-            frames,
-            [&] {
-                this->refreshDesign();
-                d = this->design;
-            },
-            [&](unsigned c, VstInt32 n) {
-                const float x = inputs[c][n];  // read before the write: in place is safe
-                const float y = cascadeStep<response>(d, h[c], x, cascadeOffset<response>(frames, n));
-                if constexpr (Accumulate)
-                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
-                else
-                    outputs[c][n] = y;
-            });
-    } else if constexpr (Channels >= 4) {
-        // One refresh for all channels, also for sixteen, whose plain loop
-        // refreshes before each channel's pass: the two differ only when a host
-        // stores the cutoff from another thread during the call, and either way
-        // the change reaches the next call.
-        this->refreshDesign();
-        d = this->design;
-        if (path == VectorPath::avx2) runCascadeLanesAvx2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
-        else runCascadeLanesSse2<response, Channels, Accumulate>(h, inputs, outputs, frames, d);
-    }
-    for (unsigned c = 0; c < Channels && usable; ++c) store(h[c], memory[c]);
-}
-
-template <class Family, unsigned Channels>
-bool CascadeVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
-                                             float** outputs) noexcept {
-    if (inputs == nullptr || outputs == nullptr) return false;
-    for (unsigned c = 0; c < Channels; ++c) {
-        memory[c] = this->history.GetChannel(static_cast<int>(c));
-        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
-    }
-    return true;
-}
 
 }  // namespace AF

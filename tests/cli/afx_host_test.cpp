@@ -3,6 +3,7 @@
 // not depend on which effect families the real module provides.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <chrono>
 #include <cmath>
@@ -47,7 +48,8 @@ TEST(AfxHelp, DescribesEveryOption) {
         EXPECT_NE(top.out.find(word), std::string::npos) << word;
     const Outcome render = runAfx({"render", "--help"});
     EXPECT_EQ(render.exitStatus, 0);
-    for (const char* word : {"--effect", "--param", "--set", "--block", "--float", "--overwrite", "-y", "--quiet",
+    for (const char* word : {"--effect", "--param", "--set", "--block", "--chunk", "--float", "--no-sync",
+                             "--overwrite", "-y", "--quiet",
                              "--module", "notch", "multitap-delay", "channel-volume"})
         EXPECT_NE(render.out.find(word), std::string::npos) << word;
     const Outcome info = runAfx({"info", "--help"});
@@ -63,11 +65,12 @@ TEST(AfxList, OneLinePerRegistrationInOrder) {
     const Outcome outcome = runAfx(withFake({"list"}));
     ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
     const auto rows = lines(outcome.out);
-    ASSERT_EQ(rows.size(), 3u) << outcome.out;  // no heading when stdout is not a terminal
+    ASSERT_EQ(rows.size(), 4u) << outcome.out;  // no heading when stdout is not a terminal
     const std::vector<std::vector<std::string>> expected = {
         {"Test Gain Stereo", "Test Gain", "0x208", "2", "1"},
         {"Test Slow Mono", "Test Slow", "0x104", "1", "1"},
         {"Test Broken Mono", "Test Broken", "0x104", "-", "-"},
+        {"Test Calls Stereo", "Test Calls", "0x208", "2", "0"},
     };
     for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(columns(rows[i]), expected[i]) << rows[i];
 }
@@ -237,6 +240,154 @@ TEST(AfxRender, OverwritesOnlyWithYes) {
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"in.wav", "out.wav"}));
 }
 
+// How a render is cut up: the file is read and written in chunks of
+// --chunk frames (rounded up to whole blocks), the effects get --block frames
+// per call. Whatever the chunking, the samples and the call sequence must be
+// those of plain block-after-block driving.
+struct Chunking {
+    const char* why;
+    int frames;
+    int block;
+    int chunk;  // 0: afx's default
+};
+
+void PrintTo(const Chunking& chunking, std::ostream* out) { *out << chunking.why; }
+
+class AfxRenderChunking : public ::testing::TestWithParam<Chunking> {
+protected:
+    std::vector<std::string> renderArguments(const ScratchFolder& folder, const char* effect) const {
+        std::vector<std::string> arguments = {"render", folder.file("in.wav"), folder.file("out.wav"), "-y",
+                                              "--quiet", "--float", "-e", effect, "--block",
+                                              std::to_string(GetParam().block)};
+        if (GetParam().chunk > 0) {
+            arguments.push_back("--chunk");
+            arguments.push_back(std::to_string(GetParam().chunk));
+        }
+        return withFake(arguments);
+    }
+};
+
+// Every sample is the input times the gain, in its place: nothing is
+// dropped, repeated or reordered between chunks. Bit patterns, since the
+// product is exact and any change would be a fault.
+TEST_P(AfxRenderChunking, SamplesArriveInOrder) {
+    const Chunking& chunking = GetParam();
+    ScratchFolder folder;
+    const std::vector<float> input = stereoSignal(chunking.frames);
+    writeFloatWav(folder.file("in.wav"), 2, 48000, input);
+    std::vector<std::string> arguments = renderArguments(folder, "test gain stereo");
+    arguments.insert(arguments.end(), {"--set", "0=0.7"});
+    const Outcome outcome = runAfx(arguments);
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    WavData output;
+    ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+    const std::vector<float> samples = output.floats();
+    ASSERT_EQ(samples.size(), input.size());
+    const float gain = 0.7f + 0.7f;
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(samples[i]), std::bit_cast<std::uint32_t>(input[i] * gain)) << i;
+    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"in.wav", "out.wav"}));
+}
+
+// The effect sees calls of exactly `block` frames, numbered in order, and
+// only the last one shorter: frame f belongs to call f / block.
+TEST_P(AfxRenderChunking, EffectsGetTheSameBlocks) {
+    const Chunking& chunking = GetParam();
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), 2, 48000, stereoSignal(chunking.frames));
+    const Outcome outcome = runAfx(renderArguments(folder, "test calls stereo"));
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    WavData output;
+    ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+    const std::vector<float> samples = output.floats();
+    ASSERT_EQ(samples.size(), static_cast<std::size_t>(chunking.frames) * 2);
+    for (int frame = 0; frame < chunking.frames; ++frame) {
+        const int call = frame / chunking.block;
+        const int callStart = call * chunking.block;
+        const int callFrames = std::min(chunking.block, chunking.frames - callStart);
+        ASSERT_EQ(samples[2 * frame], static_cast<float>(call)) << "frame " << frame;
+        ASSERT_EQ(samples[2 * frame + 1], static_cast<float>(callFrames)) << "frame " << frame;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Render, AfxRenderChunking,
+    ::testing::Values(Chunking{"empty input", 0, 1024, 0}, Chunking{"one frame", 1, 1024, 0},
+                      Chunking{"shorter than one chunk", 999, 64, 4096},
+                      Chunking{"block does not divide the asked chunk", 5001, 333, 1000},
+                      Chunking{"chunk of one frame", 777, 5, 1},
+                      Chunking{"block larger than the asked chunk", 3001, 1000, 10},
+                      Chunking{"block of one frame", 4097, 1, 1000},
+                      Chunking{"chunk a whole number of blocks", 4096, 256, 1024},
+                      Chunking{"default chunk many times over", 100003, 1024, 0}),
+    NameFromWhy());
+
+// Integer output is clipped and counted on the writing thread; the count is
+// the same however the file is cut into chunks.
+TEST(AfxRender, ClippedCountDoesNotDependOnTheChunking) {
+    ScratchFolder folder;
+    std::vector<std::int16_t> input;
+    for (int i = 0; i < 5001; ++i) {
+        input.push_back(static_cast<std::int16_t>((i * 97) % 40000 - 20000));
+        input.push_back(static_cast<std::int16_t>(i % 3000 * 7));
+    }
+    writePcm16Wav(folder.file("in.wav"), 2, 44100, input);
+    // A sample s reads as s / 32768 and is doubled: it clips when the doubled
+    // step 2s lies outside -32768..32767.
+    int expectedClipped = 0;
+    for (std::int16_t s : input)
+        if (2 * s > 32767 || 2 * s < -32768) ++expectedClipped;
+    ASSERT_GT(expectedClipped, 0);
+    for (const char* chunk : {"1", "700", "4096", "100000"}) {
+        const Outcome outcome = runAfx(withFake({"render", folder.file("in.wav"), folder.file("out.wav"), "-y",
+                                                 "--quiet", "-e", "test gain stereo", "--set", "0=1", "--block", "100",
+                                                 "--chunk", chunk}));
+        ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+        EXPECT_NE(outcome.err.find("afx: warning: " + std::to_string(expectedClipped) + " samples clipped"),
+                  std::string::npos)
+            << chunk << ": " << outcome.err;
+        WavData output;
+        ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+        const auto samples = output.pcm16();
+        ASSERT_EQ(samples.size(), input.size()) << chunk;
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            const int doubled = 2 * input[i];
+            ASSERT_EQ(samples[i], std::max(-32768, std::min(32767, doubled))) << chunk << ": " << i;
+        }
+    }
+}
+
+// A file that breaks off in the middle fails while chunks are already being
+// processed and written: one error line, exit status 1, and neither an
+// output nor a temporary file is left.
+TEST(AfxRender, ReadErrorMidwayLeavesNothing) {
+    ScratchFolder folder;
+    std::vector<std::int16_t> noise;
+    std::uint32_t state = 12345;
+    for (int i = 0; i < 2 * 48000 * 3; ++i) {
+        state = state * 1664525u + 1013904223u;
+        noise.push_back(static_cast<std::int16_t>(state >> 16));
+    }
+    writePcm16Wav(folder.file("in.wav"), 2, 48000, noise);
+    // A compressed copy (unity gain), cut to half its length: its decoder
+    // loses the stream part way through.
+    const Outcome made = runAfx(withFake({"render", folder.file("in.wav"), folder.file("whole.flac"), "--quiet",
+                                          "-e", "test gain stereo", "--set", "0=0.5"}));
+    ASSERT_EQ(made.exitStatus, 0) << made.err;
+    const std::string whole = readText(folder.file("whole.flac"));
+    ASSERT_GT(whole.size(), 100000u);
+    std::ofstream(folder.file("cut.flac"), std::ios::binary) << whole.substr(0, whole.size() / 2);
+    for (const char* chunk : {"1024", "100000"}) {
+        const Outcome outcome = runAfx(withFake({"render", folder.file("cut.flac"), folder.file("out.wav"), "-e",
+                                                 "test gain stereo", "--chunk", chunk}));
+        EXPECT_EQ(outcome.exitStatus, 1) << chunk;
+        expectOneErrorLine(outcome);
+        EXPECT_NE(outcome.err.find("cannot read input '" + folder.file("cut.flac") + "'"), std::string::npos)
+            << outcome.err;
+        EXPECT_EQ(folder.entries(), (std::vector<std::string>{"cut.flac", "in.wav", "whole.flac"})) << chunk;
+    }
+}
+
 struct BadCommand {
     const char* why;
     std::vector<std::string> arguments;  // "IN" and "OUT" stand for files of the scratch folder
@@ -307,6 +458,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommand{"option value is another option", {"render", "IN", "OUT", "-e", "--float"}, 2, "-e needs a value"},
         BadCommand{"block of zero", {"render", "IN", "OUT", "-e", "test gain stereo", "--block", "0", "--module",
                                      kModule}, 2, "--block"},
+        BadCommand{"chunk of zero", {"render", "IN", "OUT", "-e", "test gain stereo", "--chunk", "0", "--module",
+                                     kModule}, 2, "--chunk"},
         BadCommand{"no effect", {"render", "IN", "OUT", "--module", kModule}, 2, "at least one -e"},
         BadCommand{"no output", {"render", "IN", "-e", "test gain stereo", "--module", kModule}, 2, "INPUT and OUTPUT"},
         BadCommand{"input is output", {"render", "IN", "IN", "-y", "-e", "test gain stereo", "--module", kModule}, 2,

@@ -223,6 +223,73 @@ INSTANTIATE_TEST_SUITE_P(
                     {"Internal Volume Stereo", {{0, 0.35f}}}}}),
     NameFromWhy());
 
+// Rendering reads and writes in chunks on other threads; the effects must
+// still see the input block after block as when driven directly, for any
+// chunk size, channel count and length, including files shorter than a
+// chunk, of odd length, or empty.
+struct ChunkedRender {
+    const char* why;
+    int channels;
+    int frames;
+    int block;
+    int chunk;  // 0: afx's default
+};
+
+void PrintTo(const ChunkedRender& render, std::ostream* out) { *out << render.why; }
+
+class AfxModuleChunkedRender : public ::testing::TestWithParam<ChunkedRender> {};
+
+TEST_P(AfxModuleChunkedRender, EqualsDrivingTheEffectsDirectly) {
+    SKIP_UNLESS_REGISTERED();
+    const ChunkedRender& render = GetParam();
+    ASSERT_TRUE(aftest::LoadedModule::Get().loaded()) << aftest::LoadedModule::Get().error();
+    const std::string suffix = render.channels == 1   ? "Mono"
+                               : render.channels == 2 ? "Stereo"
+                               : render.channels == 6 ? "5.1"
+                                                      : "16 Channel";
+    // A recursive filter and a delay with feedback: both carry state from
+    // block to block, so a lost, repeated or reordered block shows.
+    const std::vector<Link> chain = {{"Internal Highpass " + suffix, {{0, 0.2f}}},
+                                     {"Internal Delay " + suffix, {{0, 0.003f}, {1, 0.5f}, {2, 0.4f}}}};
+    constexpr int kRate = 48000;
+    const std::vector<float> input = testSignal(render.channels, render.frames);
+    const auto expected = driveDirectly(chain, render.channels, kRate, render.block, input);
+    if (!expected) GTEST_SKIP() << "the module does not make every effect of this chain yet";
+
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), render.channels, kRate, input);
+    std::vector<std::string> arguments = {"render", folder.file("in.wav"), folder.file("out.wav"), "--float",
+                                          "--quiet", "--block", std::to_string(render.block)};
+    if (render.chunk > 0) arguments.insert(arguments.end(), {"--chunk", std::to_string(render.chunk)});
+    for (const Link& link : chain) {
+        arguments.insert(arguments.end(), {"-e", link.identifier});
+        for (const Setting& setting : link.settings) arguments.insert(arguments.end(), {"--set", settingText(setting)});
+    }
+    const Outcome outcome = runAfx(arguments);
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    WavData output;
+    ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+    EXPECT_EQ(output.channels, render.channels);
+    const std::vector<float> samples = output.floats();
+    ASSERT_EQ(samples.size(), expected->size());
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(samples[i]), std::bit_cast<std::uint32_t>((*expected)[i]))
+            << render.why << ": sample " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Chunks, AfxModuleChunkedRender,
+    ::testing::Values(ChunkedRender{"mono, odd length, small chunks", 1, 20001, 1024, 3000},
+                      ChunkedRender{"stereo, block not dividing the asked chunk", 2, 9999, 300, 1000},
+                      ChunkedRender{"stereo, default chunk several times over", 2, 80001, 1024, 0},
+                      ChunkedRender{"5.1 shorter than one chunk", 6, 777, 128, 0},
+                      ChunkedRender{"5.1, chunk of one block", 6, 12345, 512, 1},
+                      ChunkedRender{"16 channels, default chunk", 16, 15000, 1024, 0},
+                      ChunkedRender{"16 channels, odd block", 16, 4001, 37, 500},
+                      ChunkedRender{"16 channels, empty input", 16, 0, 1024, 0},
+                      ChunkedRender{"stereo, one frame", 2, 1, 1024, 0}),
+    NameFromWhy());
+
 TEST(AfxModule, ListsTheFiftyFiveRegistrationsInOrder) {
     SKIP_UNLESS_REGISTERED();
     const Outcome outcome = runAfx({"list"});

@@ -8,6 +8,9 @@
 //                       render of a few seconds takes long enough to interrupt;
 //                       one parameter "Pause" and no property interface
 //   "Test Broken Mono"  registered, but its factory makes nothing
+//   "Test Calls Stereo" writes the calls it gets into its output: on the left
+//                       the call's number (from 0), on the right its frame
+//                       count, so the host's block sequence can be read back
 #include <chrono>
 #include <new>
 #include <thread>
@@ -81,11 +84,32 @@ public:
     }
 };
 
+class TestCalls final : public AudioEffectX {
+public:
+    explicit TestCalls(audioMasterCallback master) : AudioEffectX(master, 0, 0) {
+        cEffect.numInputs = 2;
+        cEffect.numOutputs = 2;
+        canProcessReplacing(true);
+    }
+    void processReplacing(float**, float** outputs, VstInt32 frames) override {
+        const auto call = static_cast<float>(calls_++);
+        const auto count = static_cast<float>(frames);
+        for (VstInt32 i = 0; i < frames; ++i) {
+            outputs[0][i] = call;
+            outputs[1][i] = count;
+        }
+    }
+
+private:
+    int calls_ = 0;
+};
+
 AudioEffect* createTestEffect(const Ordo::ImmutableString& id, audioMasterCallback master,
                               ML::VSTPropertySupportMixin** properties) {
     AudioEffect* effect = nullptr;
     if (id == Ordo::ImmutableString::CreateStatic("Test Gain Stereo")) effect = new (std::nothrow) TestGain(master);
     if (id == Ordo::ImmutableString::CreateStatic("Test Slow Mono")) effect = new (std::nothrow) TestSlow(master);
+    if (id == Ordo::ImmutableString::CreateStatic("Test Calls Stereo")) effect = new (std::nothrow) TestCalls(master);
     if (properties != nullptr) *properties = dynamic_cast<ML::VSTPropertySupportMixin*>(effect);
     return effect;
 }
@@ -102,6 +126,8 @@ AF_EXPORT void Startup() {
                                 Ordo::MakeWideString("Test Slow"), 0x104, createTestEffect);
     Registry::RegisterVSTPlugin(Ordo::ImmutableString::CreateStatic("Test Broken Mono"),
                                 Ordo::MakeWideString("Test Broken"), 0x104, createTestEffect);
+    Registry::RegisterVSTPlugin(Ordo::ImmutableString::CreateStatic("Test Calls Stereo"),
+                                Ordo::MakeWideString("Test Calls"), 0x208, createTestEffect);
 }
 
 AF_EXPORT void Shutdown() {}

@@ -1,0 +1,52 @@
+#include "RenderStages.h"
+
+#include <algorithm>
+
+#include "Interleave.h"
+#include "RenderPipeline.h"
+
+namespace afx {
+namespace {
+
+// The channel arrays sit a whole number of cache lines plus one apart, so
+// that the same frame of different channels never shares a cache set (with
+// arrays 4 KB apart, sixteen channels would fight over one).
+std::size_t strideFor(std::int64_t frames) {
+    constexpr std::size_t kLine = 64 / sizeof(float);
+    return (static_cast<std::size_t>(frames) + kLine - 1) / kLine * kLine + kLine;
+}
+
+}  // namespace
+
+RenderStages::RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames)
+    : channels_(channels), chunkFrames_(chunkFrames), blockFrames_(blockFrames), stride_(strideFor(chunkFrames)),
+      readFrames_(static_cast<std::size_t>(chunkFrames) * channels), readPlanes_(channels), blockPlanes_(channels),
+      writeFrames_(static_cast<std::size_t>(chunkFrames) * channels), writePlanes_(channels), before_(channels),
+      after_(channels) {}
+
+std::int64_t RenderStages::read(InputFile& input, float* chunk) {
+    const std::int64_t frames = readFully([&](float* samples, std::int64_t count) { return input.read(samples, count); },
+                                          readFrames_.data(), channels_, chunkFrames_);
+    pointInto(chunk, 0, readPlanes_);
+    deinterleave(readFrames_.data(), channels_, frames, readPlanes_.data());
+    before_.take(readPlanes_.data(), frames);
+    return frames;
+}
+
+void RenderStages::process(const Chain& chain, float* chunk, std::int64_t frames) {
+    for (std::int64_t start = 0; start < frames; start += blockFrames_) {
+        const auto count = static_cast<int>(std::min<std::int64_t>(blockFrames_, frames - start));
+        pointInto(chunk, start, blockPlanes_);
+        chain.process(blockPlanes_.data(), count);
+        // Metered while the block is still in the cache; writing is the busier thread.
+        after_.take(blockPlanes_.data(), count);
+    }
+}
+
+void RenderStages::write(OutputFile& output, const float* chunk, std::int64_t frames) {
+    pointInto(chunk, 0, writePlanes_);
+    interleave(writePlanes_.data(), channels_, frames, writeFrames_.data());
+    output.write(writeFrames_.data(), frames);
+}
+
+}  // namespace afx

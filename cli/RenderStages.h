@@ -1,0 +1,56 @@
+#pragma once
+// What each stage of the render pipeline does to a chunk. A chunk holds one
+// array per channel: the reading thread splits the file's interleaved frames
+// into them and meters the input, the calling thread runs the chain over them
+// in place block by block and meters each block it leaves, the writing thread
+// interleaves them again and writes them. So the effects' thread does little
+// besides the effects.
+#include <cstdint>
+#include <vector>
+
+#include "AudioFile.h"
+#include "Chain.h"
+#include "Progress.h"
+
+namespace afx {
+
+class RenderStages {
+public:
+    RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames);
+
+    // The floats one chunk takes.
+    std::size_t chunkFloats() const { return stride_ * channels_; }
+
+    // On the reading thread: fills a chunk, returns its frames (fewer only at the end).
+    std::int64_t read(InputFile& input, float* chunk);
+    // On the calling thread: the chain over the chunk, `blockFrames` per call.
+    void process(const Chain& chain, float* chunk, std::int64_t frames);
+    // On the writing thread.
+    void write(OutputFile& output, const float* chunk, std::int64_t frames);
+
+    // Read them once the pipeline has finished.
+    const PeakMeter& before() const { return before_; }
+    const PeakMeter& after() const { return after_; }
+
+private:
+    // Each channel's array in `chunk`, from frame `start` on.
+    template <class Sample>
+    void pointInto(Sample* chunk, std::int64_t start, std::vector<Sample*>& pointers) const {
+        for (unsigned c = 0; c < channels_; ++c) pointers[c] = chunk + c * stride_ + start;
+    }
+
+    unsigned channels_;
+    std::int64_t chunkFrames_;
+    int blockFrames_;
+    std::size_t stride_;  // floats from one channel's array to the next
+    // Each stage's own buffers, made once.
+    std::vector<float> readFrames_;
+    std::vector<float*> readPlanes_;
+    std::vector<float*> blockPlanes_;
+    std::vector<float> writeFrames_;
+    std::vector<const float*> writePlanes_;
+    PeakMeter before_;
+    PeakMeter after_;
+};
+
+}  // namespace afx

@@ -1,0 +1,115 @@
+#pragma once
+// The processing calls every channel variant of the cut filters (high-pass,
+// low-pass, band-pass, notch) shares. A family brings its kernel as
+// `Family::Kernel`:
+//   Design, History            coefficients and one channel's memory (floats,
+//                              in the order the history buffer keeps them)
+//   step(design, history, x, offset) -> y    one sample of one channel
+//   offset(frames, n), kOffsetPeriod         the anti-denormal pattern
+//   Lanes<Width>                              the same step for several channels
+// and its design as `refreshDesign()` and `design`.
+#include <array>
+#include <bit>
+#include <type_traits>
+
+#include "AEffect.h"
+#include "ChannelOrder.h"
+#include "CutoffMapping.h"
+#include "host/FamilyShape.h"
+#include "LaneGroups.h"
+#include "Numeric.h"
+#include "VectorPath.h"
+
+namespace AF {
+
+// One processing loop for every channel count: frame by frame up to six
+// channels, channel by channel for sixteen (see ChannelOrder.h). From four
+// channels on, the channels run several per instruction where the processor
+// allows (see LaneGroups.h), with the same samples as the plain loop.
+template <class Family, unsigned Channels>
+class AF_EXPORT CutFilterVariant : public Family {
+public:
+    explicit CutFilterVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
+        configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
+    }
+    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
+        run<false>(inputs, outputs, sampleFrames);
+    }
+    // Adds the filtered signal into what the outputs hold.
+    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override {
+        run<true>(inputs, outputs, sampleFrames);
+    }
+
+private:
+    using Kernel = typename Family::Kernel;
+    using Design = typename Kernel::Design;
+    using History = typename Kernel::History;
+    static constexpr std::size_t kFields = sizeof(History) / sizeof(float);
+    static_assert(std::is_trivially_copyable_v<History> && sizeof(History) == kFields * sizeof(float));
+
+    // One channel's memory as the history buffer keeps it, field by field.
+    static History loadHistory(const float* m) noexcept {
+        std::array<float, kFields> fields;
+        for (std::size_t i = 0; i < kFields; ++i) fields[i] = m[i];
+        return std::bit_cast<History>(fields);
+    }
+    static void storeHistory(const History& h, float* m) noexcept {
+        const auto fields = std::bit_cast<std::array<float, kFields>>(h);
+        for (std::size_t i = 0; i < kFields; ++i) m[i] = fields[i];
+    }
+
+    template <bool Accumulate>
+    void run(float** inputs, float** outputs, VstInt32 frames) noexcept;
+    bool loadMemory(std::array<float*, Channels>& memory, float** inputs, float** outputs) noexcept;
+};
+
+template <class Family, unsigned Channels>
+template <bool Accumulate>
+void CutFilterVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
+    std::array<float*, Channels> memory{};
+    const bool usable = loadMemory(memory, inputs, outputs);
+    if (!usable) frames = 0;  // still refreshes, as a call of no frames does
+    std::array<History, Channels> h{};
+    for (unsigned c = 0; c < Channels && usable; ++c) h[c] = loadHistory(memory[c]);
+    Design d;
+    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
+    if (path == VectorPath::scalar) {
+        forEachSampleInChannelOrder<Channels>(
+            frames,
+            [&] {
+                this->refreshDesign();
+                d = this->design;
+            },
+            [&](unsigned c, VstInt32 n) {
+                const float x = inputs[c][n];  // read before the write: in place is safe
+                const float y = Kernel::step(d, h[c], x, Kernel::offset(frames, n));
+                if constexpr (Accumulate)
+                    outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
+                else
+                    outputs[c][n] = y;
+            });
+    } else if constexpr (Channels >= 4) {
+        // One refresh for all channels, also for sixteen, whose plain loop
+        // refreshes before each channel's pass: the two differ only when a host
+        // stores a parameter from another thread during the call, and either
+        // way the change reaches the next call.
+        this->refreshDesign();
+        d = this->design;
+        if (path == VectorPath::avx2) runLanesAvx2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        else runLanesSse2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
+    }
+    for (unsigned c = 0; c < Channels && usable; ++c) storeHistory(h[c], memory[c]);
+}
+
+template <class Family, unsigned Channels>
+bool CutFilterVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
+                                                    float** outputs) noexcept {
+    if (inputs == nullptr || outputs == nullptr) return false;
+    for (unsigned c = 0; c < Channels; ++c) {
+        memory[c] = this->history.GetChannel(static_cast<int>(c));
+        if (memory[c] == nullptr || inputs[c] == nullptr || outputs[c] == nullptr) return false;
+    }
+    return true;
+}
+
+}  // namespace AF

@@ -1,0 +1,268 @@
+#pragma once
+// Several channels of one recursion per instruction, for the cut filters
+// (high-pass, low-pass, band-pass, notch). A lane holds one channel: the
+// doubles hold exactly the floats the plain loop converts (float to double is
+// exact), every rounding to float is one lane-wise conversion like the plain
+// one, and -ffp-contract=off keeps each product and sum a separate rounding, so
+// each lane reproduces its channel's samples bit for bit.
+//
+// A family's history starts with the two previous inputs (x1, x2); the lane
+// loop keeps those, and the family's lane kernel, a template on one of the two
+// lane widths below, keeps the rest:
+//   Coefficients(design)            the design spread over the lanes
+//   std::array<D, N - 2> state      the history fields after x1 and x2
+//   advance(c, x, x1, x2, offset)   one frame; gives the outputs, rounded,
+//                                   as floats
+#include <array>
+#include <cstring>
+#include <type_traits>
+
+#include <immintrin.h>
+
+#include "frame/AEffect.h"
+#include "frame/Numeric.h"
+#include "VectorPath.h"
+
+namespace AF {
+
+// Floats travel as four-float registers; two-lane groups use the lower half.
+// Doubles go by reference: the four-lane code is compiled into AVX2 functions
+// only, and no value of it crosses a call of the plain convention.
+//
+// Two lanes: SSE2, so every x86-64 processor runs it.
+struct TwoLanes {
+    static constexpr unsigned kWidth = 2;
+    using D = LanesD2;
+    [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept { d = D(_mm_cvtps_pd(f)); }
+    [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept { return _mm_cvtpd_ps(__m128d(d)); }
+};
+
+// AVX: usable only inside functions compiled for AVX2 (the builtins, unlike
+// the intrinsic wrappers, take the target of the function they end up in, so
+// the kernels written once for both widths inline into those functions).
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpsabi"  // the builtin's result stays inside the AVX2 function
+struct FourLanes {
+    static constexpr unsigned kWidth = 4;
+    using D = LanesD4;
+    [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept { d = __builtin_ia32_cvtps2pd256(f); }
+    [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept { return __builtin_ia32_cvtpd2ps256(d); }
+};
+#pragma GCC diagnostic pop
+
+namespace lanes {
+
+// `out + y` as the plain loop accumulates: both widened, summed in double,
+// rounded once; four floats at a time.
+[[gnu::always_inline]] inline __m128 addInDouble(__m128 held, __m128 y) noexcept {
+    const __m128d low = _mm_add_pd(_mm_cvtps_pd(held), _mm_cvtps_pd(y));
+    const __m128d high = _mm_add_pd(_mm_cvtps_pd(_mm_movehl_ps(held, held)), _mm_cvtps_pd(_mm_movehl_ps(y, y)));
+    return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
+}
+
+// Four frames of a group's channels, turned between rows of one channel (one
+// load or store each) and rows of one frame (one vector of lanes each).
+template <unsigned Width> struct FrameRows;
+
+template <> struct FrameRows<4> {
+    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, VstInt32 frame) noexcept {
+        for (unsigned lane = 0; lane < 4; ++lane) rows[lane] = _mm_loadu_ps(channels[lane] + frame);
+        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+    }
+    // Turns the frame rows back into channel rows, in place.
+    [[gnu::always_inline]] static void toChannels(__m128 (&rows)[4]) noexcept {
+        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+    }
+};
+
+template <> struct FrameRows<2> {
+    // Frame k's two samples land in the lower half of rows[k].
+    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, VstInt32 frame) noexcept {
+        const __m128 a = _mm_loadu_ps(channels[0] + frame);
+        const __m128 b = _mm_loadu_ps(channels[1] + frame);
+        rows[0] = _mm_unpacklo_ps(a, b);
+        rows[1] = _mm_movehl_ps(rows[0], rows[0]);
+        rows[2] = _mm_unpackhi_ps(a, b);
+        rows[3] = _mm_movehl_ps(rows[2], rows[2]);
+    }
+    // rows[0] and rows[1] become the two channels' four frames.
+    [[gnu::always_inline]] static void toChannels(__m128 (&rows)[4]) noexcept {
+        const __m128 first = _mm_movelh_ps(rows[0], rows[1]);
+        const __m128 second = _mm_movelh_ps(rows[2], rows[3]);
+        rows[0] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0));
+        rows[1] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1));
+    }
+};
+
+// One group of `L::kWidth` lanes: the kernel's recursion and the inputs it
+// looks back on, x2 and x1 and then the four frames of a block, as doubles.
+// Only the recursion needs registers from frame to frame; the inputs are read
+// where they are used.
+template <class Kernel, class L>
+struct LaneGroup {
+    using D = typename L::D;
+    using History = typename Kernel::History;
+    using Recursion = typename Kernel::template Lanes<L>;
+    static constexpr unsigned kWidth = L::kWidth;
+    static constexpr std::size_t kFields = sizeof(History) / sizeof(float);
+    static_assert(std::is_trivially_copyable_v<History> && sizeof(History) == kFields * sizeof(float));
+    static_assert(std::tuple_size_v<decltype(Recursion::state)> == kFields - 2, "x1, x2, then the recursion");
+
+    Recursion recursion;
+    D x[6];  // x2, x1, frames 0..3 of the block
+    __m128 y[4];
+    float* const* in;
+    float* const* out;
+    History* memory;
+
+    // Takes the channels from `first` on and their history into the lanes
+    // (exact: the lanes hold floats).
+    [[gnu::always_inline]] void load(float** inputs, float** outputs, History* history, unsigned first) noexcept {
+        in = inputs + first;
+        out = outputs + first;
+        memory = history + first;
+        for (unsigned lane = 0; lane < kWidth; ++lane) {
+            float fields[kFields];
+            std::memcpy(fields, &memory[lane], sizeof fields);
+            x[1][lane] = fields[0];
+            x[0][lane] = fields[1];
+            for (std::size_t i = 2; i < kFields; ++i) recursion.state[i - 2][lane] = fields[i];
+        }
+    }
+    [[gnu::always_inline]] void store() const noexcept {
+        for (unsigned lane = 0; lane < kWidth; ++lane) {
+            float fields[kFields];
+            fields[0] = toFloat(x[1][lane]);
+            fields[1] = toFloat(x[0][lane]);
+            for (std::size_t i = 2; i < kFields; ++i) fields[i] = toFloat(recursion.state[i - 2][lane]);
+            std::memcpy(&memory[lane], fields, sizeof fields);
+        }
+    }
+
+    [[gnu::always_inline]] void readBlock(VstInt32 frame) noexcept {
+        __m128 rows[4];
+        FrameRows<kWidth>::load(rows, in, frame);
+        for (unsigned k = 0; k < 4; ++k) L::widen(rows[k], x[2 + k]);
+    }
+    using Coefficients = typename Recursion::Coefficients;
+
+    [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
+        y[k] = recursion.advance(c, x[2 + k], x[1 + k], x[k], offset);
+    }
+    template <bool Accumulate>
+    [[gnu::always_inline]] void writeBlock(VstInt32 frame) noexcept {
+        FrameRows<kWidth>::toChannels(y);
+        for (unsigned lane = 0; lane < kWidth; ++lane) {
+            float* channel = out[lane] + frame;
+            __m128 samples = y[lane];
+            if constexpr (Accumulate) samples = addInDouble(_mm_loadu_ps(channel), samples);
+            _mm_storeu_ps(channel, samples);
+        }
+        x[0] = x[4];
+        x[1] = x[5];
+    }
+
+    // One frame on its own: inputs gathered lane by lane, outputs scattered.
+    template <bool Accumulate>
+    [[gnu::always_inline]] void step(const Coefficients& c, VstInt32 frame, const D& offset) noexcept {
+        alignas(16) float samples[4] = {};
+        for (unsigned lane = 0; lane < kWidth; ++lane) samples[lane] = in[lane][frame];
+        L::widen(_mm_load_ps(samples), x[2]);
+        __m128 result = recursion.advance(c, x[2], x[1], x[0], offset);
+        if constexpr (Accumulate) {
+            alignas(16) float held[4] = {};
+            for (unsigned lane = 0; lane < kWidth; ++lane) held[lane] = out[lane][frame];
+            result = addInDouble(_mm_load_ps(held), result);
+        }
+        _mm_store_ps(samples, result);
+        for (unsigned lane = 0; lane < kWidth; ++lane) out[lane][frame] = samples[lane];
+        x[0] = x[1];
+        x[1] = x[2];
+    }
+};
+
+}  // namespace lanes
+
+// All channels of a call: groups of `Wide` lanes and, when two channels are
+// left over (six channels on four lanes), one group of two. Four frames at a
+// time every group advances frame by frame, the groups side by side so that
+// their independent recursions overlap; the frames left over go one by one.
+//
+// The kernel's offset depends on the frame alone (one value for every lane)
+// and repeats every `Kernel::kOffsetPeriod` frames, a divisor of four, so the
+// four offsets of a block are those of the first block. Inputs of a block are
+// all read before its outputs are written, which in place (the same array in
+// and out for a channel) reads exactly what the plain loop reads.
+template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
+[[gnu::always_inline]] inline void runLaneGroups(std::array<typename Kernel::History, Channels>& history,
+                                                 float** inputs, float** outputs, VstInt32 frames,
+                                                 const typename Kernel::Design& design) {
+    using WideGroup = lanes::LaneGroup<Kernel, Wide>;
+    using PairGroup = lanes::LaneGroup<Kernel, TwoLanes>;
+    using DW = typename Wide::D;
+    using DP = typename TwoLanes::D;
+    constexpr unsigned kGroups = Channels / Wide::kWidth;
+    constexpr bool kPair = Channels % Wide::kWidth == 2;
+    constexpr unsigned kPairFirst = kGroups * Wide::kWidth;
+    static_assert(Channels % Wide::kWidth == 0 || kPair, "channel count not covered by the lanes");
+    static_assert(4 % Kernel::kOffsetPeriod == 0, "offset pattern must repeat within four frames");
+
+    const typename WideGroup::Recursion::Coefficients wideC(design);
+    const typename PairGroup::Recursion::Coefficients pairC(design);
+    WideGroup wide[kGroups > 0 ? kGroups : 1];
+    PairGroup pair[1];
+#pragma GCC unroll 16
+    for (unsigned g = 0; g < kGroups; ++g) wide[g].load(inputs, outputs, history.data(), g * Wide::kWidth);
+    if constexpr (kPair) pair[0].load(inputs, outputs, history.data(), kPairFirst);
+
+    VstInt32 frame = 0;
+    if (frames >= 4) {
+        DW wideOffsets[4];
+        DP pairOffsets[4];
+        for (unsigned k = 0; k < 4; ++k) {
+            const double offset = static_cast<double>(Kernel::offset(frames, static_cast<VstInt32>(k)));
+            wideOffsets[k] = DW{} + offset;
+            pairOffsets[k] = DP{} + offset;
+        }
+        for (; frames - frame >= 4; frame += 4) {
+#pragma GCC unroll 16
+            for (unsigned g = 0; g < kGroups; ++g) wide[g].readBlock(frame);
+            if constexpr (kPair) pair[0].readBlock(frame);
+#pragma GCC unroll 4
+            for (unsigned k = 0; k < 4; ++k) {
+#pragma GCC unroll 16
+                for (unsigned g = 0; g < kGroups; ++g) wide[g].advance(wideC, k, wideOffsets[k]);
+                if constexpr (kPair) pair[0].advance(pairC, k, pairOffsets[k]);
+            }
+#pragma GCC unroll 16
+            for (unsigned g = 0; g < kGroups; ++g) wide[g].template writeBlock<Accumulate>(frame);
+            if constexpr (kPair) pair[0].template writeBlock<Accumulate>(frame);
+        }
+    }
+    for (; frame < frames; ++frame) {
+        const double offset = static_cast<double>(Kernel::offset(frames, frame));
+#pragma GCC unroll 16
+        for (unsigned g = 0; g < kGroups; ++g) wide[g].template step<Accumulate>(wideC, frame, DW{} + offset);
+        if constexpr (kPair) pair[0].template step<Accumulate>(pairC, frame, DP{} + offset);
+    }
+#pragma GCC unroll 16
+    for (unsigned g = 0; g < kGroups; ++g) wide[g].store();
+    if constexpr (kPair) pair[0].store();
+}
+
+// The two entry points a variant calls: SSE2 (every x86-64 processor) and
+// AVX2, compiled for AVX2 on its own and called only where the processor has it.
+template <class Kernel, unsigned Channels, bool Accumulate>
+void runLanesSse2(std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs,
+                  VstInt32 frames, const typename Kernel::Design& design) {
+    runLaneGroups<TwoLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+}
+
+template <class Kernel, unsigned Channels, bool Accumulate>
+__attribute__((target("avx2"))) void runLanesAvx2(std::array<typename Kernel::History, Channels>& history,
+                                                  float** inputs, float** outputs, VstInt32 frames,
+                                                  const typename Kernel::Design& design) {
+    runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+}
+
+}  // namespace AF
