@@ -57,6 +57,6 @@ void copyBandwidth(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * kBlockFrames * static_cast<int64_t>(channels));
 }
-BENCHMARK(copyBandwidth)->Name("Reference/Copy/512")->Arg(1)->Arg(2)->Arg(6)->Arg(16)->ArgName("ch");
+BENCHMARK(copyBandwidth)->Name("Reference/Copy/512")->Arg(1)->Arg(2)->Arg(4)->Arg(6)->Arg(16)->ArgName("ch");
 
 }  // namespace

@@ -7,9 +7,29 @@
 #include <limits>
 #include <new>
 
+#include "SampleLoops.h"
+
 namespace AR {
 
 namespace {
+
+// The widest loops this processor runs, chosen once at load. AF_FORCE_SCALAR=1
+// keeps the plain loops, as it does for the effects' own loops.
+loops::Width detectWidth() noexcept {
+    const char* forced = std::getenv("AF_FORCE_SCALAR");
+    if (forced != nullptr && std::strcmp(forced, "1") == 0) return loops::Width::plain;
+#if AR_SAMPLE_LOOPS_X86
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx2")) return loops::Width::avx2;
+    return loops::Width::sse2;
+#else
+    return loops::Width::plain;
+#endif
+}
+
+// Code that runs before this library's initialisers (another library's
+// start-up) reads it zero-initialised, which is the plain width.
+const loops::Width kWidth = detectWidth();
 
 int roundUpToPowerOfTwo(int alignment) {
     int rounded = static_cast<int>(alignof(float));
@@ -85,7 +105,7 @@ void AudioBuffer::Mix(const AudioBuffer& source) noexcept {
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        for (int i = 0; i < frames; ++i) out[i] += in[i];
+        loops::mix(kWidth, out, in, frames);
     }
 }
 
@@ -94,7 +114,7 @@ AudioBuffer& AudioBuffer::operator*=(float gain) noexcept {
     for (int c = 0; c < channelCount_; ++c) {
         float* samples = channels_[c];
         if (samples == nullptr) continue;
-        for (int i = 0; i < frameCount_; ++i) samples[i] *= gain;
+        loops::scaleCopy(kWidth, samples, samples, frameCount_, gain);
     }
     return *this;
 }
@@ -107,7 +127,7 @@ void AudioBuffer::CopyFromScale(const AudioBuffer& source, float gain) noexcept 
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        for (int i = 0; i < frames; ++i) out[i] = in[i] * gain;
+        loops::scaleCopy(kWidth, out, in, frames, gain);
     }
 }
 
