@@ -23,6 +23,7 @@
 #include "effects/level/Invert.h"
 #include "effects/level/SwapChannels.h"
 #include "effects/level/Volume.h"
+#include "support/VectorPaths.h"
 
 namespace {
 
@@ -42,22 +43,12 @@ float plainDifference(float held, float input) {
     return difference;
 }
 
-// Restores the processing path a test changed.
-class PathGuard {
-public:
-    PathGuard() : saved_(AF::vectorPath()) {}
-    ~PathGuard() { AF::setVectorPath(saved_); }
-    PathGuard(const PathGuard&) = delete;
-    PathGuard& operator=(const PathGuard&) = delete;
+using PathGuard = aftest::VectorPathGuard;
 
-private:
-    VectorPath saved_;
-};
-
+// The plain loop and every vector path this processor runs.
 std::vector<VectorPath> paths() {
     std::vector<VectorPath> available{VectorPath::scalar};
-    if (AF::widestVectorPath() != VectorPath::scalar) available.push_back(VectorPath::sse2);
-    if (AF::widestVectorPath() == VectorPath::avx2) available.push_back(VectorPath::avx2);
+    for (VectorPath path : aftest::availableVectorPaths()) available.push_back(path);
     return available;
 }
 

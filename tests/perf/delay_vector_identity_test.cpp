@@ -22,6 +22,7 @@
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
 #include "effects/filters/VectorPath.h"
+#include "support/VectorPaths.h"
 
 namespace {
 
@@ -37,23 +38,8 @@ constexpr int kCalls = 240;
 // slots and wrap them within a call; 0 leaves only the spare frame.
 constexpr float kRates[] = {44100.0f, 1000.0f, 8.0f, 2.0f, 0.0f, 3.5f, 96000.0f, 250.0f};
 
-class PathGuard {
-public:
-    PathGuard() : saved_(AF::vectorPath()) {}
-    ~PathGuard() { AF::setVectorPath(saved_); }
-
-private:
-    VectorPath saved_;
-};
-
-std::string pathName(VectorPath path) {
-    switch (path) {
-        case VectorPath::scalar: return "plain";
-        case VectorPath::sse2: return "sse2";
-        case VectorPath::avx2: return "avx2";
-    }
-    return "?";
-}
+using PathGuard = aftest::VectorPathGuard;
+using aftest::vectorPathName;
 
 // One instance's channel arrays: inputs, and outputs that are either the
 // inputs themselves (in place) or arrays of their own.
@@ -200,7 +186,7 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, bool alternate =
                 ++compared;
                 if (std::isfinite(want)) ++finite;
                 ASSERT_EQ(bitsOf(got), bitsOf(want))
-                    << pathName(path) << " call " << call << " (" << frames << " frames, "
+                    << vectorPathName(path) << " call " << call << " (" << frames << " frames, "
                     << (accumulate ? "process" : "processReplacing") << (inPlace ? ", in place" : ", separate")
                     << ") channel " << c << " frame " << i << ": " << got << " vs plain " << want;
             }
@@ -210,19 +196,13 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, bool alternate =
     EXPECT_GT(finite, compared * 2 / 3) << finite << " finite samples of " << compared;
 }
 
-std::vector<VectorPath> vectorPaths() {
-    std::vector<VectorPath> paths;
-    if (static_cast<int>(AF::widestVectorPath()) >= static_cast<int>(VectorPath::sse2)) paths.push_back(VectorPath::sse2);
-    if (AF::widestVectorPath() == VectorPath::avx2) paths.push_back(VectorPath::avx2);
-    return paths;
-}
 
 template <class Effect>
 void checkEveryPath(unsigned seed, bool alternate = false) {
-    const auto paths = vectorPaths();
+    const auto paths = aftest::availableVectorPaths();
     if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
     for (VectorPath path : paths) {
-        SCOPED_TRACE(pathName(path));
+        SCOPED_TRACE(vectorPathName(path));
         expectIdenticalToPlainLoop<Effect>(path, seed, alternate);
         if (::testing::Test::HasFatalFailure()) return;
     }

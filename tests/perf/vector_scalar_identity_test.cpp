@@ -24,6 +24,7 @@
 #include "effects/filters/ParametricEQ.h"
 #include "effects/filters/Treble.h"
 #include "effects/filters/VectorPath.h"
+#include "support/VectorPaths.h"
 #include "effects/level/Invert.h"
 #include "effects/level/Volume.h"
 
@@ -37,24 +38,8 @@ using AF::VectorPath;
 constexpr VstInt32 kBlockSizes[] = {1, 3, 7, 64, 513, 512, 2, 0, 5, 258};
 constexpr int kCalls = 260;  // about 35000 frames per channel
 
-// Restores the load-time path when a test ends, whatever it selected.
-class PathGuard {
-public:
-    PathGuard() : saved_(AF::vectorPath()) {}
-    ~PathGuard() { AF::setVectorPath(saved_); }
-
-private:
-    VectorPath saved_;
-};
-
-std::string pathName(VectorPath path) {
-    switch (path) {
-        case VectorPath::scalar: return "scalar";
-        case VectorPath::sse2: return "sse2";
-        case VectorPath::avx2: return "avx2";
-    }
-    return "?";
-}
+using PathGuard = aftest::VectorPathGuard;
+using aftest::vectorPathName;
 
 // In-place channel buffers for one instance.
 struct Buffers {
@@ -145,33 +130,26 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, Buffering buffer
                 const float got = vectorOut[c][i];
                 const float want = plainOut[c][i];
                 ASSERT_EQ(std::bit_cast<std::uint32_t>(got), std::bit_cast<std::uint32_t>(want))
-                    << pathName(path) << " call " << call << " channel " << c << " frame " << i << ": " << got
+                    << vectorPathName(path) << " call " << call << " channel " << c << " frame " << i << ": " << got
                     << " vs plain " << want;
                 if (!inPlace) {
                     const auto index = static_cast<std::size_t>(i);
                     const float input = vectorBuffers.samples[static_cast<std::size_t>(c)][index];
                     const float before = inputsBefore.samples[static_cast<std::size_t>(c)][index];
                     ASSERT_EQ(std::bit_cast<std::uint32_t>(input), std::bit_cast<std::uint32_t>(before))
-                        << pathName(path) << " wrote its input: call " << call << " channel " << c << " frame " << i;
+                        << vectorPathName(path) << " wrote its input: call " << call << " channel " << c << " frame " << i;
                 }
             }
     }
 }
 
-// Every vector path this processor runs (the widest included).
-std::vector<VectorPath> vectorPaths() {
-    std::vector<VectorPath> paths;
-    if (static_cast<int>(AF::widestVectorPath()) >= static_cast<int>(VectorPath::sse2)) paths.push_back(VectorPath::sse2);
-    if (AF::widestVectorPath() == VectorPath::avx2) paths.push_back(VectorPath::avx2);
-    return paths;
-}
 
 template <class Effect>
 void checkEveryPath(unsigned seed, Buffering buffering = Buffering::inPlace) {
-    const auto paths = vectorPaths();
+    const auto paths = aftest::availableVectorPaths();
     if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
     for (VectorPath path : paths) {
-        SCOPED_TRACE(pathName(path));
+        SCOPED_TRACE(vectorPathName(path));
         expectIdenticalToPlainLoop<Effect>(path, seed, buffering);
         if (::testing::Test::HasFatalFailure()) return;
     }

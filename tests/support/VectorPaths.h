@@ -1,0 +1,39 @@
+#pragma once
+// The processing paths a test can select on this processor, and a guard that
+// gives back the load-time choice when the test ends, whatever it selected.
+#include <string>
+#include <vector>
+
+#include "effects/filters/VectorPath.h"
+
+namespace aftest {
+
+class VectorPathGuard {
+public:
+    VectorPathGuard() : saved_(AF::vectorPath()) {}
+    ~VectorPathGuard() { AF::setVectorPath(saved_); }
+    VectorPathGuard(const VectorPathGuard&) = delete;
+    VectorPathGuard& operator=(const VectorPathGuard&) = delete;
+
+private:
+    AF::VectorPath saved_;
+};
+
+inline std::string vectorPathName(AF::VectorPath path) {
+    switch (path) {
+        case AF::VectorPath::scalar: return "plain";
+        case AF::VectorPath::sse2: return "sse2";
+        case AF::VectorPath::avx2: return "avx2";
+    }
+    return "?";
+}
+
+// Every vector path this processor runs, narrowest first (the plain loop not included).
+inline std::vector<AF::VectorPath> availableVectorPaths() {
+    std::vector<AF::VectorPath> paths;
+    if (AF::widestVectorPath() != AF::VectorPath::scalar) paths.push_back(AF::VectorPath::sse2);
+    if (AF::widestVectorPath() == AF::VectorPath::avx2) paths.push_back(AF::VectorPath::avx2);
+    return paths;
+}
+
+}  // namespace aftest
