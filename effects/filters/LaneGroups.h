@@ -45,8 +45,19 @@ struct TwoLanes {
 struct FourLanes {
     static constexpr unsigned kWidth = 4;
     using D = LanesD4;
+#if defined(__clang__)
+    // clang has no such builtins, and its generic conversion is one instruction
+    [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept {
+        d = __builtin_convertvector(reinterpret_cast<LanesF4>(f), D);
+    }
+    [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept {
+        return reinterpret_cast<__m128>(__builtin_convertvector(d, LanesF4));
+    }
+#else
+    // g++ 12 splits the generic conversion in halves through the stack
     [[gnu::always_inline]] static void widen(__m128 f, D& d) noexcept { d = __builtin_ia32_cvtps2pd256(f); }
     [[gnu::always_inline]] static __m128 narrow(const D& d) noexcept { return __builtin_ia32_cvtpd2ps256(d); }
+#endif
 };
 #pragma GCC diagnostic pop
 
