@@ -196,16 +196,9 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, bool alternate =
     EXPECT_GT(finite, compared * 2 / 3) << finite << " finite samples of " << compared;
 }
 
-
 template <class Effect>
 void checkEveryPath(unsigned seed, bool alternate = false) {
-    const auto paths = aftest::availableVectorPaths();
-    if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
-    for (VectorPath path : paths) {
-        SCOPED_TRACE(vectorPathName(path));
-        expectIdenticalToPlainLoop<Effect>(path, seed, alternate);
-        if (::testing::Test::HasFatalFailure()) return;
-    }
+    aftest::forEveryVectorPath([&](VectorPath path) { expectIdenticalToPlainLoop<Effect>(path, seed, alternate); });
 }
 
 template <class Effect>

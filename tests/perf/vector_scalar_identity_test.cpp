@@ -143,16 +143,9 @@ void expectIdenticalToPlainLoop(VectorPath path, unsigned seed, Buffering buffer
     }
 }
 
-
 template <class Effect>
 void checkEveryPath(unsigned seed, Buffering buffering = Buffering::inPlace) {
-    const auto paths = aftest::availableVectorPaths();
-    if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
-    for (VectorPath path : paths) {
-        SCOPED_TRACE(vectorPathName(path));
-        expectIdenticalToPlainLoop<Effect>(path, seed, buffering);
-        if (::testing::Test::HasFatalFailure()) return;
-    }
+    aftest::forEveryVectorPath([&](VectorPath path) { expectIdenticalToPlainLoop<Effect>(path, seed, buffering); });
 }
 
 template <class Effect>

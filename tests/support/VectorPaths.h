@@ -1,6 +1,8 @@
 #pragma once
 // The processing paths a test can select on this processor, and a guard that
 // gives back the load-time choice when the test ends, whatever it selected.
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -34,6 +36,19 @@ inline std::vector<AF::VectorPath> availableVectorPaths() {
     if (AF::widestVectorPath() != AF::VectorPath::scalar) paths.push_back(AF::VectorPath::sse2);
     if (AF::widestVectorPath() == AF::VectorPath::avx2) paths.push_back(AF::VectorPath::avx2);
     return paths;
+}
+
+// Runs `check(path)` on every vector path, each under a trace naming it, and
+// stops at the first fatal failure; skips the test where there is none.
+template <class Check>
+void forEveryVectorPath(Check&& check) {
+    const auto paths = availableVectorPaths();
+    if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
+    for (AF::VectorPath path : paths) {
+        SCOPED_TRACE(vectorPathName(path));
+        check(path);
+        if (::testing::Test::HasFatalFailure()) return;
+    }
 }
 
 }  // namespace aftest
