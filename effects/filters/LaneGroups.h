@@ -13,6 +13,9 @@
 //   std::array<D, N - 2> state      the history fields after x1 and x2
 //   advance(c, x, x1, x2, offset)   one frame; gives the outputs, rounded,
 //                                   as floats
+// A kernel of two equal sections in series may also offer one section alone
+// (see TwoEqualSections); on four lanes, its lanes then hold sections rather
+// than channels (SectionLanes).
 #include <array>
 #include <cstring>
 #include <type_traits>
@@ -408,16 +411,17 @@ private:
 }  // namespace lanes
 
 // All channels of a call: groups of `Wide` lanes and, when two channels are
-// left over (six channels on four lanes), one group of two, which on four lanes
-// carries both sections of a two-section kernel (PipelinedPair). Four frames at
-// a time every group advances frame by frame, the groups side by side so that
-// their independent recursions overlap; the frames left over go one by one.
+// left over (six channels on four lanes), one group of two; on four lanes a
+// two-section kernel runs its groups as SectionLanes. Four frames at a time
+// every group advances frame by frame, the groups side by side so that their
+// independent recursions overlap; the frames left over go one by one.
 //
 // The kernel's offset depends on the frame alone (one value for every lane)
 // and repeats every `Kernel::kOffsetPeriod` frames, a divisor of four, so the
 // four offsets of a block are those of the first block. Inputs of a block are
-// all read before its outputs are written, which in place (the same array in
-// and out for a channel) reads exactly what the plain loop reads.
+// all read before its outputs are written (SectionLanes writes a block's
+// outputs later still), which in place (the same array in and out for a
+// channel) reads exactly what the plain loop reads.
 template <class Wide, class Kernel, unsigned Width>
 using GroupOf = std::conditional_t<Wide::kWidth == 4 && lanes::TwoEqualSections<Kernel>,
                                    lanes::SectionLanes<Kernel, Width>,
