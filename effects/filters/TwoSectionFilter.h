@@ -152,8 +152,8 @@ struct CascadeKernel {
     using Design = CascadeDesign;
     using History = CascadeHistory;
     template <class L> using Lanes = CascadeLanes<Response, L>;
-    // Two sections of one shape and one set of coefficients in series: four
-    // lanes may carry both sections of two channels (see LaneGroups.h).
+    // Two sections of one shape and one set of coefficients in series: on four
+    // lanes, a lane may carry one section of a channel (see LaneGroups.h).
     static constexpr bool kTwoEqualSections = true;
     static constexpr unsigned kOffsetPeriod = Response == CascadeResponse::Highpass ? 2 : 1;
     static float offset(VstInt32 frames, VstInt32 n) noexcept { return cascadeOffset<Response>(frames, n); }
