@@ -95,9 +95,8 @@ void CutFilterVariant<Family, Channels>::run(float** inputs, float** outputs, Vs
         // way the change reaches the next call.
         this->refreshDesign();
         d = this->design;
-        if (path == VectorPath::sse2) runLanesSse2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
-        else if (extendedRegisters()) runLanesAvx512vl<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
-        else runLanesAvx2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        if (path == VectorPath::avx2) runLanesAvx2OrWider<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        else runLanesSse2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
     }
     for (unsigned c = 0; c < Channels && usable; ++c) storeHistory(h[c], memory[c]);
 }

@@ -514,4 +514,12 @@ __attribute__((target("avx2,avx512f,avx512vl"))) void runLanesAvx512vl(
     runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }
 
+// The AVX2 path: with AVX-512VL's registers where the processor has them.
+template <class Kernel, unsigned Channels, bool Accumulate>
+[[gnu::noinline]] void runLanesAvx2OrWider(std::array<typename Kernel::History, Channels>& history, float** inputs,
+                                           float** outputs, VstInt32 frames, const typename Kernel::Design& design) {
+    if (extendedRegisters()) runLanesAvx512vl<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+    else runLanesAvx2<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+}
+
 }  // namespace AF
