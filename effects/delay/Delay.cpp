@@ -120,10 +120,11 @@ template <unsigned Width, bool Accumulate>
         const VstInt32 span = delay::straightSpan(frames - i, length, at);
         if (span >= static_cast<VstInt32>(Width) && delay::groupsSafe<Width>(at)) {
             const VstInt32 grouped = span - span % static_cast<VstInt32>(Width);
-            delay::forEachGroup<Width>(frames, i, grouped, [&](VstInt32 k, const auto& noise) {
+            auto group = [&](VstInt32 k, const auto& noise) __attribute__((always_inline)) {
                 groupStep<Width, Accumulate>(line, at[0] + k, at[1] + k, in + i + k, out + i + k, noise, feedback,
                                              wetGain, dryGain);
-            });
+            };
+            delay::forEachGroup<Width>(frames, i, grouped, group);
             for (std::uint32_t& position : at) delay::advanceBy(position, grouped, length);
             i += grouped;
             continue;

@@ -95,6 +95,8 @@ struct GroupNoise {
 
 // Calls `group(offset, noise)` for the groups of `Width` frames at offsets
 // 0, Width, ... below `count` (a multiple of Width), eight frames per turn.
+// `group` must be always inlined too: the four-lane code is valid only inside
+// the function compiled for AVX2, even in an unoptimised build.
 template <unsigned Width, class Group>
 [[gnu::always_inline]] inline void forEachGroup(VstInt32 frames, VstInt32 first, VstInt32 count, Group&& group) {
     const GroupNoise<Width> noise(frames, first);
