@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs every test: a Release build, then the same suite under the
-# address and undefined-behaviour sanitizers, then the validator over every
-# registered effect in both builds, then each fuzzer for a minute.
+# address and undefined-behaviour sanitizers, then under the thread sanitizer,
+# then the test program built by clang, then the validator over every
+# registered effect in the first two builds, then each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/ensure-deps.sh --tests
@@ -21,6 +22,17 @@ echo "== The Release suite again with the vector kernels switched off (plain per
 AF_FORCE_SCALAR=1 build/bin/af_tests --gtest_brief=1
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DAF_SANITIZE=ON
+echo "== The suite under the thread sanitizer (the render pipeline's threads, the module's load and unload)"
+# The external hosts (FFmpeg, SoX, lv2file) cannot load instrumented libraries: those tests are left out here.
+cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DAF_SANITIZE_THREAD=ON -DAF_BUILD_BENCH=OFF \
+  >build-tsan.configure.log 2>&1 || { cat build-tsan.configure.log; exit 1; }
+cmake --build build-tsan -j"$jobs" --target af_tests
+TSAN_OPTIONS=halt_on_error=1 build-tsan/bin/af_tests --gtest_brief=1 --gtest_filter='-Effects/Hosts.*:Listings.*'
+echo "== The test program built by clang (the compiler of the fuzzers), Release"
+CC=clang CXX=clang++ cmake -S . -B build-clang -DCMAKE_BUILD_TYPE=Release -DAF_BUILD_BENCH=OFF \
+  >build-clang.configure.log 2>&1 || { cat build-clang.configure.log; exit 1; }
+cmake --build build-clang -j"$jobs" --target af_tests
+build-clang/bin/af_tests --gtest_brief=1
 echo "== Validating every registered effect (Release, level 5; sanitizers, level 2)"
 build/bin/afx validate --level 5
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
@@ -29,4 +41,4 @@ ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:ha
 echo "== Fuzzing: each target for 60 seconds"
 bash fuzz/run.sh 60
 
-echo "All tests passed (Release, sanitizers, validator, fuzzers)."
+echo "All tests passed (Release, scalar, address/UB and thread sanitizers, clang, validator, fuzzers)."

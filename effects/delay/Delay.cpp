@@ -34,14 +34,12 @@ constexpr float kPercentStep = 1.0f;
 constexpr double kHalf = 0.5;
 constexpr double kPercentPerUnit = 100.0;
 
-// Steps 1 and 2 of a frame for channel c: the delayed sample scaled by the
-// feedback, the input and the noise, summed in double in that order, written
-// to the line.
-inline void feed(const float* readFrame, float* writeFrame, unsigned c, float in, float feedback,
-                 float noise) noexcept {
-    const double fedBack = static_cast<double>(readFrame[c]) * static_cast<double>(feedback);
+// Steps 1 and 2 of a frame: the delayed sample scaled by the feedback, the
+// input and the noise, summed in double in that order, written to the line.
+inline void feed(float delayed, float& written, float in, float feedback, float noise) noexcept {
+    const double fedBack = static_cast<double>(delayed) * static_cast<double>(feedback);
     const double sum = fedBack + static_cast<double>(in) + static_cast<double>(noise);
-    writeFrame[c] = toFloat(sum);
+    written = toFloat(sum);
 }
 
 // The replacing output: wet line sample plus dry input, rounded once.
@@ -57,32 +55,6 @@ inline float accumulated(float heard, float wetGain, float out) noexcept {
     return toFloat(wet + static_cast<double>(out));
 }
 
-// The same frame for a group of `Width` channels from channel c on, one
-// channel per lane, every step the plain one above. The read after the write
-// hears the sample just written only when both positions share a slot.
-template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline void feedLanes(const float* readFrame, float* writeFrame, bool undelayed, unsigned c,
-                                             const float* in, float* out, double feedback, double wetGain,
-                                             double dryGain, const typename delay::Lanes<Width>::D& noise) noexcept {
-    using L = delay::Lanes<Width>;
-    typename L::D input, delayed;
-    L::load(input, in + c);
-    L::load(delayed, readFrame + c);
-    const auto fedBack = delayed * feedback;
-    const auto sum = fedBack + input + noise;
-    L::store(writeFrame + c, sum);
-    typename L::D heard = delayed;
-    if (undelayed) L::load(heard, writeFrame + c);
-    const auto wet = heard * wetGain;
-    if constexpr (Accumulate) {
-        typename L::D held;
-        L::load(held, out + c);
-        L::store(out + c, wet + held);
-    } else {
-        L::store(out + c, wet + input * dryGain);
-    }
-}
-
 // What a call of the recursion reads and advances, the same for every channel.
 struct DelayRun {
     delay::DelayLine& line;
@@ -93,88 +65,100 @@ struct DelayRun {
     float dryGain;
 };
 
-// Every frame of a call, all channels at once in groups of `Width` lanes (a
-// pair for two channels left over), through rows of frames (DelayLanes.h).
-template <unsigned Width, unsigned Channels, bool Accumulate>
-[[gnu::always_inline]] inline void runLanes(DelayRun& run, float** inputs, float** outputs, VstInt32 frames) {
-    // Locals, so the line's stores cannot be taken to change them.
+// One frame of one channel, the plain way; the read after the write hears the
+// sample just written when both positions share a slot.
+template <bool Accumulate>
+inline void frameStep(const DelayRun& run, float* line, std::uint32_t writePos, std::uint32_t readPos, float in,
+                      float& out, float noise) noexcept {
+    const std::uint32_t readSlot = run.line.slot(readPos);
+    feed(line[readSlot], line[run.line.slot(writePos)], in, run.feedback, noise);
+    if constexpr (Accumulate)
+        out = accumulated(line[readSlot], run.wetGain, out);
+    else
+        out = mixed(line[readSlot], run.wetGain, in, run.dryGain);
+}
+
+// The same for `Width` consecutive frames of one channel, one frame per lane,
+// every step the plain one above. On a delay of 0 the read hears the write.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline void groupStep(float* line, std::uint32_t writePos, std::uint32_t readPos,
+                                             const float* in, float* out, const typename delay::Lanes<Width>::D& noise,
+                                             double feedback, double wetGain, double dryGain) noexcept {
+    using L = delay::Lanes<Width>;
+    typename L::D input, delayed;
+    L::load(input, in);
+    L::load(delayed, line + readPos);
+    const auto fedBack = delayed * feedback;
+    const auto sum = fedBack + input + noise;
+    L::store(line + writePos, sum);
+    typename L::D heard = delayed;
+    if (writePos == readPos) L::load(heard, line + readPos);
+    const auto wet = heard * wetGain;
+    if constexpr (Accumulate) {
+        typename L::D held;
+        L::load(held, out);
+        L::store(out, wet + held);
+    } else {
+        L::store(out, wet + input * dryGain);
+    }
+}
+
+// One channel's pass over a call from the run's positions, `Width` frames at
+// a time between wraps (DelayLanes.h); answers the positions it ends on.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline std::array<std::uint32_t, 2> runChannel(const DelayRun& run, unsigned c,
+                                                                       const float* in, float* out,
+                                                                       VstInt32 frames) noexcept {
+    float* const line = run.line.channel(c);
     const std::uint32_t length = run.line.length();
-    float* const samples = run.line.frame(0);
-    std::uint32_t writePos = run.writePos;
-    std::uint32_t readPos = run.readPos;
     const double feedback = run.feedback;
     const double wetGain = run.wetGain;
     const double dryGain = run.dryGain;
-    delay::RowStretch<Channels> rows;
-    for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
-        const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
-        VstInt32 j = 0;
-        while (j < count) {
-            const float* in = rows.in + j * Channels;
-            float* out = rows.out + j * Channels;
-            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
-                // Two frames at once where both positions step on without a
-                // wrap and the second frame does not read the slot the first
-                // writes (a delay of one frame). The two frames lie side by
-                // side in the line and in the rows; each group loads its lanes
-                // before it stores them, and no group loads what an earlier
-                // group stored, so every lane reads what the plain loop reads.
-                if (j + 1 < count && delay::nextIsAdjacent(readPos, length) && delay::nextIsAdjacent(writePos, length) &&
-                    readPos + 1 != writePos) {
-                    const double first = delay::denormalNoise(frames, start + j);
-                    const double second = delay::denormalNoise(frames, start + j + 1);
-                    const float* readFrame = samples + static_cast<std::size_t>(readPos) * Channels;
-                    float* writeFrame = samples + static_cast<std::size_t>(writePos) * Channels;
-                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
-                        LanesD4 noise;
-                        delay::pairNoise<Channels>(noise, group, first, second);
-                        feedLanes<4, Accumulate>(readFrame, writeFrame, readPos == writePos, 4 * group, in, out,
-                                                 feedback, wetGain, dryGain, noise);
-                    }
-                    for (int step = 0; step < 2; ++step) {
-                        delay::advance(writePos, length);
-                        delay::advance(readPos, length);
-                    }
-                    j += 2;
-                    continue;
-                }
-            }
-            const double noise = delay::denormalNoise(frames, start + j);
-            const std::uint32_t readSlot = delay::slotOf(readPos, length);
-            const std::uint32_t writeSlot = delay::slotOf(writePos, length);
-            const float* readFrame = samples + static_cast<std::size_t>(readSlot) * Channels;
-            float* writeFrame = samples + static_cast<std::size_t>(writeSlot) * Channels;
-            unsigned c = 0;
-            for (; c + Width <= Channels; c += Width) {
-                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
-                feedLanes<Width, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback,
-                                             wetGain, dryGain, wide);
-            }
-            if constexpr (Channels % Width == 2) {
-                const LanesD2 pair = LanesD2{} + noise;
-                feedLanes<2, Accumulate>(readFrame, writeFrame, readSlot == writeSlot, c, in, out, feedback, wetGain,
-                                         dryGain, pair);
-            }
-            delay::advance(writePos, length);
-            delay::advance(readPos, length);
-            ++j;
+    std::array<std::uint32_t, 2> at = {run.writePos, run.readPos};
+    VstInt32 i = 0;
+    while (i < frames) {
+        const VstInt32 span = delay::straightSpan(frames - i, length, at);
+        if (span >= static_cast<VstInt32>(Width) && delay::groupsSafe<Width>(at)) {
+            const VstInt32 grouped = span - span % static_cast<VstInt32>(Width);
+            auto group = [&](VstInt32 k, const auto& noise) __attribute__((always_inline)) {
+                groupStep<Width, Accumulate>(line, at[0] + k, at[1] + k, in + i + k, out + i + k, noise, feedback,
+                                             wetGain, dryGain);
+            };
+            delay::forEachGroup<Width>(frames, i, grouped, group);
+            for (std::uint32_t& position : at) delay::advanceBy(position, grouped, length);
+            i += grouped;
+            continue;
         }
-        rows.store(outputs, start, count);
+        frameStep<Accumulate>(run, line, at[0], at[1], in[i], out[i], delay::denormalNoise(frames, i));
+        for (std::uint32_t& position : at) delay::advance(position, length);
+        ++i;
     }
-    run.writePos = writePos;
-    run.readPos = readPos;
+    return at;
 }
 
-template <unsigned Channels, bool Accumulate>
-void runLanesSse2(DelayRun& run, float** inputs, float** outputs, VstInt32 frames) {
-    runLanes<2, Channels, Accumulate>(run, inputs, outputs, frames);
+// Every channel of a call, each from the same positions, which all end on the
+// same ones. A group reads its frames' inputs before it writes their outputs,
+// so one array in and out per channel reads what the plain loop reads.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline void runLanes(DelayRun& run, unsigned channels, float** inputs, float** outputs,
+                                            VstInt32 frames) noexcept {
+    std::array<std::uint32_t, 2> end = {run.writePos, run.readPos};
+    for (unsigned c = 0; c < channels; ++c)
+        end = runChannel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
+    run.writePos = end[0];
+    run.readPos = end[1];
+}
+
+template <bool Accumulate>
+void runLanesSse2(DelayRun& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
+    runLanes<2, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 // Compiled for AVX2 on its own; called only where the processor has it.
-template <unsigned Channels, bool Accumulate>
-__attribute__((target("avx2"))) void runLanesAvx2(DelayRun& run, float** inputs, float** outputs,
-                                                  VstInt32 frames) {
-    runLanes<4, Channels, Accumulate>(run, inputs, outputs, frames);
+template <bool Accumulate>
+__attribute__((target("avx2"))) void runLanesAvx2(DelayRun& run, unsigned channels, float** inputs,
+                                                  float** outputs, VstInt32 frames) {
+    runLanes<4, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 }  // namespace
@@ -235,16 +219,16 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
                           delay::channelsPresent(outputs, Channels);
     const std::uint32_t length = delayLine_.length();
     // The stereo accumulating call's cross-over stays on the plain loop.
-    constexpr bool kLanes = Channels > 1 && !(Channels == 2 && Accumulate);
+    constexpr bool kLanes = !(Channels == 2 && Accumulate);
     const VectorPath path = kLanes ? vectorPath() : VectorPath::scalar;
 
     if (path != VectorPath::scalar) {
-        // All channels frame by frame. On sixteen channels this is the plain
-        // loop's result too: its passes check the parameters before each
-        // channel and all start from the same saved positions, and the
-        // channels' lines are independent. (The one check here and its
-        // sixteen differ only when a host stores a parameter from another
-        // thread during the call; either way the change reaches the next call.)
+        // Channel by channel, several frames per instruction. On sixteen
+        // channels this is the plain loop's result too: its passes check the
+        // parameters before each channel and all start from the same saved
+        // positions. (The one check here and its sixteen differ only when a
+        // host stores a parameter from another thread during the call; either
+        // way the change reaches the next call.)
         if constexpr (Channels == 16) {
             const std::uint32_t savedWritePos = writePos_;
             const std::uint32_t savedReadPos = readPos_;
@@ -256,12 +240,10 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
         }
         if (!runnable) return;
         DelayRun run{delayLine_, writePos_, readPos_, appliedFeedback_, wetGain_, dryGain_};
-        if constexpr (kLanes) {
-            if (path == VectorPath::avx2)
-                runLanesAvx2<Channels, Accumulate>(run, inputs, outputs, frames);
-            else
-                runLanesSse2<Channels, Accumulate>(run, inputs, outputs, frames);
-        }
+        if (path == VectorPath::avx2)
+            runLanesAvx2<Accumulate>(run, Channels, inputs, outputs, frames);
+        else
+            runLanesSse2<Accumulate>(run, Channels, inputs, outputs, frames);
         writePos_ = run.writePos;
         readPos_ = run.readPos;
     } else if constexpr (Channels == 16) {
@@ -276,22 +258,13 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
             writePos_ = savedWritePos;
             readPos_ = savedReadPos;
             if (!runnable) continue;
-            const float* in = inputs[c];
-            float* out = outputs[c];
-            const float feedback = appliedFeedback_;
-            const float wetGain = wetGain_;
-            const float dryGain = dryGain_;
+            const DelayRun run{delayLine_, writePos_, readPos_, appliedFeedback_, wetGain_, dryGain_};
+            float* line = delayLine_.channel(c);
             std::uint32_t writePos = writePos_;
             std::uint32_t readPos = readPos_;
             for (VstInt32 i = 0; i < frames; ++i) {
-                const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
-                float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
-                const float input = in[i];
-                feed(readFrame, writeFrame, c, input, feedback, delay::denormalNoise(frames, i));
-                if constexpr (Accumulate)
-                    out[i] = accumulated(readFrame[c], wetGain, out[i]);
-                else
-                    out[i] = mixed(readFrame[c], wetGain, input, dryGain);
+                frameStep<Accumulate>(run, line, writePos, readPos, inputs[c][i], outputs[c][i],
+                                      delay::denormalNoise(frames, i));
                 delay::advance(writePos, length);
                 delay::advance(readPos, length);
             }
@@ -301,35 +274,28 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
     } else {
         refreshParameters();
         if (!runnable) return;
-        const float feedback = appliedFeedback_;
-        const float wetGain = wetGain_;
-        const float dryGain = dryGain_;
+        const DelayRun run{delayLine_, writePos_, readPos_, appliedFeedback_, wetGain_, dryGain_};
         std::uint32_t writePos = writePos_;
         std::uint32_t readPos = readPos_;
         for (VstInt32 i = 0; i < frames; ++i) {
             const float noise = delay::denormalNoise(frames, i);
-            const float* readFrame = delayLine_.template frame<Channels>(delayLine_.slot(readPos));
-            float* writeFrame = delayLine_.template frame<Channels>(delayLine_.slot(writePos));
+            const std::uint32_t readSlot = delayLine_.slot(readPos);
+            const std::uint32_t writeSlot = delayLine_.slot(writePos);
             if constexpr (Channels == 2 && Accumulate) {
                 // The stereo accumulating call crosses over: the left output
                 // hears the right line (before this frame's write to it), the
                 // left line is fed and recirculates but is not heard here.
                 // Kept as designed.
-                constexpr unsigned kLeft = 0;
-                constexpr unsigned kRight = 1;
-                feed(readFrame, writeFrame, kLeft, inputs[kLeft][i], feedback, noise);
-                outputs[kLeft][i] = accumulated(readFrame[kRight], wetGain, outputs[kLeft][i]);
-                feed(readFrame, writeFrame, kRight, inputs[kRight][i], feedback, noise);
-                outputs[kRight][i] = accumulated(readFrame[kRight], wetGain, outputs[kRight][i]);
+                float* left = delayLine_.channel(0);
+                float* right = delayLine_.channel(1);
+                feed(left[readSlot], left[writeSlot], inputs[0][i], run.feedback, noise);
+                outputs[0][i] = accumulated(right[readSlot], run.wetGain, outputs[0][i]);
+                feed(right[readSlot], right[writeSlot], inputs[1][i], run.feedback, noise);
+                outputs[1][i] = accumulated(right[readSlot], run.wetGain, outputs[1][i]);
             } else {
-                for (unsigned c = 0; c < Channels; ++c) {
-                    const float input = inputs[c][i];
-                    feed(readFrame, writeFrame, c, input, feedback, noise);
-                    if constexpr (Accumulate)
-                        outputs[c][i] = accumulated(readFrame[c], wetGain, outputs[c][i]);
-                    else
-                        outputs[c][i] = mixed(readFrame[c], wetGain, input, dryGain);
-                }
+                for (unsigned c = 0; c < Channels; ++c)
+                    frameStep<Accumulate>(run, delayLine_.channel(c), writePos, readPos, inputs[c][i],
+                                          outputs[c][i], noise);
             }
             delay::advance(writePos, length);
             delay::advance(readPos, length);

@@ -44,30 +44,25 @@ inline std::uint32_t slotOf(std::uint32_t position, std::uint32_t length) noexce
 
 // One circular line of float samples per channel, plus one spare frame at
 // index L that absorbs out-of-range positions (a write there is kept, a read
-// returns it, clearing zeroes it).
-//
-// All channels share the positions, so the lines are stored frame by frame in
-// one host array: the samples of every channel at one position lie side by
-// side, and one vector load or store reaches several channels' samples. The
-// storage is exactly (L + 1) x channels floats, the same as one array per
-// channel would take.
+// returns it, clearing zeroes it). All channels share the positions; each
+// channel's line is one host array, so consecutive frames of a channel lie
+// side by side and one vector load or store reaches several of them.
 class DelayLine {
 public:
     DelayLine() noexcept : buffer_(16, true) {}
 
     // Sizes the line to `length` frames (0 when the length is 0 or less) for
-    // `channels` channels, zeroed. When memory is short, or the samples do not
+    // `channels` channels, zeroed. When memory is short, or the frames do not
     // fit the host buffer's 32-bit count, it answers false and keeps the
     // previous line, contents and length.
     bool resize(int channels, std::int32_t length) noexcept {
-        if (channels <= 0) return false;
+        if (channels <= 0 || channels > kMaxChannels) return false;
         const std::int32_t frames = length > 0 ? length : 0;
-        const std::int64_t samples = (static_cast<std::int64_t>(frames) + 1) * channels;
-        if (samples > INT32_MAX) return false;
-        if (!buffer_.Init(1, static_cast<int>(samples))) return false;
-        samples_ = buffer_.GetChannel(0);
+        if (frames == INT32_MAX) return false;
+        if (!buffer_.Init(channels, frames + 1)) return false;
+        for (int c = 0; c < channels; ++c) channels_[static_cast<std::size_t>(c)] = buffer_.GetChannel(c);
         length_ = static_cast<std::uint32_t>(frames);
-        channels_ = channels;
+        channelCount_ = channels;
         return true;
     }
 
@@ -75,25 +70,23 @@ public:
 
     // L: the number of frames of the line proper, without the spare frame.
     std::uint32_t length() const noexcept { return length_; }
-    int channelCount() const noexcept { return channels_; }
+    int channelCount() const noexcept { return channelCount_; }
 
-    // The samples of every channel at a slot, channel 0 first.
-    float* frame(std::uint32_t slot) noexcept { return samples_ + static_cast<std::size_t>(slot) * channels_; }
-    // The same, for a loop that knows the channel count.
-    template <unsigned Channels>
-    float* frame(std::uint32_t slot) noexcept {
-        return samples_ + static_cast<std::size_t>(slot) * Channels;
-    }
+    // Channel c's L + 1 samples (c below the channel count).
+    float* channel(unsigned c) const noexcept { return channels_[c]; }
 
     // Where a position lands in the storage: itself inside the line, the
     // spare frame at or past its end.
     std::uint32_t slot(std::uint32_t position) const noexcept { return slotOf(position, length_); }
 
 private:
+    static constexpr int kMaxChannels = 16;
+
     AR::AudioBuffer buffer_;
-    float* samples_ = nullptr;
+    // The host buffer's arrays, looked up once per size rather than per sample.
+    std::array<float*, kMaxChannels> channels_{};
     std::uint32_t length_ = 0;
-    int channels_ = 0;
+    int channelCount_ = 0;
 };
 
 // A delay time in frames: trunc(rate x seconds), product in double,

@@ -93,165 +93,150 @@ struct TapRun {
 
 // Where the taps and the write land in the line for the current frame.
 struct TapFrame {
-    std::array<const float*, kTaps> tap;
-    float* write;
+    std::array<std::uint32_t, kTaps> tap;
+    std::uint32_t write;
 
-    template <unsigned Channels>
-    static TapFrame at(TapRun& run) noexcept {
+    static TapFrame at(const TapRun& run) noexcept {
         TapFrame frame;
-        frame.write = run.line.frame<Channels>(run.line.slot(run.writePos));
-        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.frame<Channels>(run.line.slot(run.tapPos[k]));
+        frame.write = run.line.slot(run.writePos);
+        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.slot(run.tapPos[k]);
         return frame;
     }
 };
 
-// One frame of channel c: the line fed, and the taps heard scaled by the wet
-// gain (in double; the caller forms the output).
-inline double tapStep(const TapRun& run, const TapFrame& at, unsigned c, float input, double noise) noexcept {
+// One frame of a channel's line: the line fed, and the taps heard scaled by
+// the wet gain (in double; the caller forms the output).
+inline double tapStep(const TapRun& run, const TapFrame& at, float* line, float input, double noise) noexcept {
     // Fed back: tap 1, the input, taps 2 to 4, the noise, summed in double
     // from left to right and rounded once.
-    double fed = static_cast<double>(at.tap[0][c]) * static_cast<double>(run.feedback[0]);
+    double fed = static_cast<double>(line[at.tap[0]]) * static_cast<double>(run.feedback[0]);
     fed += static_cast<double>(input);
-    for (unsigned k = 1; k < kTaps; ++k) fed += static_cast<double>(at.tap[k][c]) * static_cast<double>(run.feedback[k]);
+    for (unsigned k = 1; k < kTaps; ++k)
+        fed += static_cast<double>(line[at.tap[k]]) * static_cast<double>(run.feedback[k]);
     fed += noise;
-    at.write[c] = toFloat(fed);
+    line[at.write] = toFloat(fed);
     // Heard: the taps read after the write, kept in double until the output.
-    double heard = static_cast<double>(at.tap[0][c]) * static_cast<double>(run.level[0]);
-    for (unsigned k = 1; k < kTaps; ++k) heard += static_cast<double>(at.tap[k][c]) * static_cast<double>(run.level[k]);
+    double heard = static_cast<double>(line[at.tap[0]]) * static_cast<double>(run.level[0]);
+    for (unsigned k = 1; k < kTaps; ++k)
+        heard += static_cast<double>(line[at.tap[k]]) * static_cast<double>(run.level[k]);
     return heard * static_cast<double>(run.wetGain);
 }
 
-// Gains and positions of a call in locals, so the line's stores cannot be
-// taken to change them; the lane loop reads and advances these.
-struct TapLaneState {
-    std::uint32_t length;
-    float* samples;
-    std::uint32_t writePos;
-    TapPositions tapPos;
+// The output of a frame from its wet signal: the dry input added by the
+// replacing call, what the output holds by the accumulating one.
+template <bool Accumulate>
+inline void tapOutput(double wet, float input, float& out, float dryGain) noexcept {
+    if constexpr (Accumulate)
+        out = toFloat(wet + static_cast<double>(out));
+    else
+        out = toFloat(wet + static_cast<double>(input) * static_cast<double>(dryGain));
+}
+
+// A call's gains in double, for the groups of frames.
+struct TapGains {
     std::array<double, kTaps> feedback;
     std::array<double, kTaps> level;
     double wetGain;
     double dryGain;
+
+    explicit TapGains(const TapRun& run) noexcept : wetGain(run.wetGain), dryGain(run.dryGain) {
+        for (unsigned k = 0; k < kTaps; ++k) {
+            feedback[k] = run.feedback[k];
+            level[k] = run.level[k];
+        }
+    }
 };
 
-// The same frame for a group of `Width` channels from channel c on, one
-// channel per lane, every step the plain one above, and the output formed.
+// `Width` consecutive frames of one channel, one frame per lane, every step
+// the plain one above. `at` holds the write position, then the taps'.
 template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline void tapLanes(const TapLaneState& run, const std::array<const float*, kTaps>& tapFrame,
-                                            float* writeFrame, bool tapHearsWrite, unsigned c, const float* in,
-                                            float* out, const typename delay::Lanes<Width>::D& noise) noexcept {
+[[gnu::always_inline]] inline void tapGroup(const TapGains& gains, float* line,
+                                            const std::array<std::uint32_t, 1 + kTaps>& at, std::uint32_t offset,
+                                            const float* in, float* out,
+                                            const typename delay::Lanes<Width>::D& noise) noexcept {
     using L = delay::Lanes<Width>;
     typename L::D input, tap[kTaps];
-    L::load(input, in + c);
-    for (unsigned k = 0; k < kTaps; ++k) L::load(tap[k], tapFrame[k] + c);
-    auto fed = tap[0] * run.feedback[0];
+    L::load(input, in);
+    for (unsigned k = 0; k < kTaps; ++k) L::load(tap[k], line + at[1 + k] + offset);
+    auto fed = tap[0] * gains.feedback[0];
     fed += input;
-    for (unsigned k = 1; k < kTaps; ++k) fed += tap[k] * run.feedback[k];
+    for (unsigned k = 1; k < kTaps; ++k) fed += tap[k] * gains.feedback[k];
     fed += noise;
-    L::store(writeFrame + c, fed);
-    // A tap on the slot just written hears the new sample: read it again.
-    if (tapHearsWrite)
-        for (unsigned k = 0; k < kTaps; ++k) L::load(tap[k], tapFrame[k] + c);
-    auto heard = tap[0] * run.level[0];
-    for (unsigned k = 1; k < kTaps; ++k) heard += tap[k] * run.level[k];
-    const auto wet = heard * run.wetGain;
+    L::store(line + at[0] + offset, fed);
+    // A tap on the write position hears the new samples: read it again.
+    for (unsigned k = 0; k < kTaps; ++k)
+        if (at[1 + k] == at[0]) L::load(tap[k], line + at[0] + offset);
+    auto heard = tap[0] * gains.level[0];
+    for (unsigned k = 1; k < kTaps; ++k) heard += tap[k] * gains.level[k];
+    const auto wet = heard * gains.wetGain;
     if constexpr (Accumulate) {
         typename L::D held;
-        L::load(held, out + c);
-        L::store(out + c, wet + held);
+        L::load(held, out);
+        L::store(out, wet + held);
     } else {
-        L::store(out + c, wet + input * run.dryGain);
+        L::store(out, wet + input * gains.dryGain);
     }
 }
 
-// Every frame of a call, all channels at once in groups of `Width` lanes (a
-// pair for two channels left over), through rows of frames (DelayLanes.h).
-template <unsigned Width, unsigned Channels, bool Accumulate>
-[[gnu::always_inline]] inline void runTapLanes(TapRun& call, float** inputs, float** outputs, VstInt32 frames) {
-    TapLaneState run{call.line.length(), call.line.frame(0), call.writePos, call.tapPos, {}, {}, call.wetGain,
-                     call.dryGain};
-    for (unsigned k = 0; k < kTaps; ++k) {
-        run.feedback[k] = call.feedback[k];
-        run.level[k] = call.level[k];
-    }
-    delay::RowStretch<Channels> rows;
-    for (VstInt32 start = 0; start < frames; start += delay::kRowFrames) {
-        const VstInt32 count = rows.template load<Accumulate>(inputs, outputs, start, frames);
-        VstInt32 j = 0;
-        while (j < count) {
-            const float* in = rows.in + j * Channels;
-            float* out = rows.out + j * Channels;
-            if constexpr (Width == 4 && delay::kFramePairs<Channels>) {
-                // Two frames at once where every position steps on without a
-                // wrap, no tap hears the write, and no tap of the second frame
-                // reads the slot the first writes (a tap one frame behind).
-                // The two frames lie side by side in the line and in the rows;
-                // each group loads its lanes before it stores them, and no
-                // group loads what an earlier group stored, so every lane
-                // reads what the plain loop reads.
-                bool pairable = j + 1 < count && delay::nextIsAdjacent(run.writePos, run.length);
-                for (unsigned k = 0; k < kTaps; ++k)
-                    pairable = pairable && delay::nextIsAdjacent(run.tapPos[k], run.length) &&
-                               run.tapPos[k] != run.writePos && run.tapPos[k] + 1 != run.writePos;
-                if (pairable) {
-                    const double first = delay::denormalNoise(frames, start + j);
-                    const double second = delay::denormalNoise(frames, start + j + 1);
-                    float* writeFrame = run.samples + static_cast<std::size_t>(run.writePos) * Channels;
-                    std::array<const float*, kTaps> tapFrame;
-                    for (unsigned k = 0; k < kTaps; ++k)
-                        tapFrame[k] = run.samples + static_cast<std::size_t>(run.tapPos[k]) * Channels;
-                    for (unsigned group = 0; group < 2 * Channels / 4; ++group) {
-                        LanesD4 noise;
-                        delay::pairNoise<Channels>(noise, group, first, second);
-                        tapLanes<4, Accumulate>(run, tapFrame, writeFrame, false, 4 * group, in, out, noise);
-                    }
-                    for (int step = 0; step < 2; ++step) {
-                        delay::advance(run.writePos, run.length);
-                        for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
-                    }
-                    j += 2;
-                    continue;
-                }
-            }
-            const std::uint32_t writeSlot = delay::slotOf(run.writePos, run.length);
-            float* writeFrame = run.samples + static_cast<std::size_t>(writeSlot) * Channels;
-            std::array<const float*, kTaps> tapFrame;
-            bool tapHearsWrite = false;
-            for (unsigned k = 0; k < kTaps; ++k) {
-                const std::uint32_t tapSlot = delay::slotOf(run.tapPos[k], run.length);
-                tapFrame[k] = run.samples + static_cast<std::size_t>(tapSlot) * Channels;
-                tapHearsWrite = tapHearsWrite || tapSlot == writeSlot;
-            }
-            const double noise = delay::denormalNoise(frames, start + j);
-            unsigned c = 0;
-            for (; c + Width <= Channels; c += Width) {
-                const typename delay::Lanes<Width>::D wide = typename delay::Lanes<Width>::D{} + noise;
-                tapLanes<Width, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, wide);
-            }
-            if constexpr (Channels % Width == 2) {
-                const LanesD2 pair = LanesD2{} + noise;
-                tapLanes<2, Accumulate>(run, tapFrame, writeFrame, tapHearsWrite, c, in, out, pair);
-            }
-            delay::advance(run.writePos, run.length);
-            for (unsigned k = 0; k < kTaps; ++k) delay::advance(run.tapPos[k], run.length);
-            ++j;
+// One channel's pass over a call from the run's positions, `Width` frames at
+// a time between wraps (DelayLanes.h); answers the positions it ends on.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline std::array<std::uint32_t, 1 + kTaps> runTapChannel(const TapRun& run, unsigned c,
+                                                                                  const float* in, float* out,
+                                                                                  VstInt32 frames) noexcept {
+    float* const line = run.line.channel(c);
+    const std::uint32_t length = run.line.length();
+    const TapGains gains(run);
+    std::array<std::uint32_t, 1 + kTaps> at = {run.writePos, run.tapPos[0], run.tapPos[1], run.tapPos[2],
+                                               run.tapPos[3]};
+    VstInt32 i = 0;
+    while (i < frames) {
+        const VstInt32 span = delay::straightSpan(frames - i, length, at);
+        if (span >= static_cast<VstInt32>(Width) && delay::groupsSafe<Width>(at)) {
+            const VstInt32 grouped = span - span % static_cast<VstInt32>(Width);
+            auto group = [&](VstInt32 k, const auto& noise) __attribute__((always_inline)) {
+                tapGroup<Width, Accumulate>(gains, line, at, static_cast<std::uint32_t>(k), in + i + k, out + i + k,
+                                            noise);
+            };
+            delay::forEachGroup<Width>(frames, i, grouped, group);
+            for (std::uint32_t& position : at) delay::advanceBy(position, grouped, length);
+            i += grouped;
+            continue;
         }
-        rows.store(outputs, start, count);
+        TapFrame frame;
+        frame.write = run.line.slot(at[0]);
+        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.slot(at[1 + k]);
+        const double wet = tapStep(run, frame, line, in[i], delay::denormalNoise(frames, i));
+        tapOutput<Accumulate>(wet, in[i], out[i], run.dryGain);
+        for (std::uint32_t& position : at) delay::advance(position, length);
+        ++i;
     }
-    call.writePos = run.writePos;
-    call.tapPos = run.tapPos;
+    return at;
 }
 
-template <unsigned Channels, bool Accumulate>
-void runTapLanesSse2(TapRun& run, float** inputs, float** outputs, VstInt32 frames) {
-    runTapLanes<2, Channels, Accumulate>(run, inputs, outputs, frames);
+// Every channel of a call, each from the same positions, which all end on the
+// same ones. A group reads its frames' inputs before it writes their outputs,
+// so one array in and out per channel reads what the plain loop reads.
+template <unsigned Width, bool Accumulate>
+[[gnu::always_inline]] inline void runTapLanes(TapRun& run, unsigned channels, float** inputs, float** outputs,
+                                               VstInt32 frames) noexcept {
+    std::array<std::uint32_t, 1 + kTaps> end = {run.writePos, run.tapPos[0], run.tapPos[1], run.tapPos[2],
+                                                run.tapPos[3]};
+    for (unsigned c = 0; c < channels; ++c) end = runTapChannel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
+    run.writePos = end[0];
+    for (unsigned k = 0; k < kTaps; ++k) run.tapPos[k] = end[1 + k];
+}
+
+template <bool Accumulate>
+void runTapLanesSse2(TapRun& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
+    runTapLanes<2, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 // Compiled for AVX2 on its own; called only where the processor has it.
-template <unsigned Channels, bool Accumulate>
-__attribute__((target("avx2"))) void runTapLanesAvx2(TapRun& run, float** inputs, float** outputs,
-                                                     VstInt32 frames) {
-    runTapLanes<4, Channels, Accumulate>(run, inputs, outputs, frames);
+template <bool Accumulate>
+__attribute__((target("avx2"))) void runTapLanesAvx2(TapRun& run, unsigned channels, float** inputs,
+                                                     float** outputs, VstInt32 frames) {
+    runTapLanes<4, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 }  // namespace
@@ -333,14 +318,13 @@ template <unsigned Channels, bool Accumulate>
 void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames) noexcept {
     const bool runnable = frames > 0 && hasDelayLine() && delay::channelsPresent(inputs, Channels) &&
                           delay::channelsPresent(outputs, Channels);
-    constexpr bool kLanes = Channels > 1;
-    const VectorPath path = kLanes ? vectorPath() : VectorPath::scalar;
+    const VectorPath path = vectorPath();
 
     if (path != VectorPath::scalar) {
-        // All channels frame by frame. On sixteen channels this is the plain
-        // loop's result too: its passes check the parameters before each
-        // channel and all start from the same saved positions, and the
-        // channels' lines are independent. (The one check here and its
+        // Channel by channel, several frames per instruction. On sixteen
+        // channels this is the plain loop's result too: its passes check the
+        // parameters before each channel and all start from the same saved
+        // positions. (The one check here and its
         // sixteen differ only when a host stores a parameter from another
         // thread during the call; either way the change reaches the next call.)
         if constexpr (Channels == 16) {
@@ -354,12 +338,10 @@ void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames
         }
         if (!runnable) return;
         TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
-        if constexpr (kLanes) {
-            if (path == VectorPath::avx2)
-                runTapLanesAvx2<Channels, Accumulate>(run, inputs, outputs, frames);
-            else
-                runTapLanesSse2<Channels, Accumulate>(run, inputs, outputs, frames);
-        }
+        if (path == VectorPath::avx2)
+            runTapLanesAvx2<Accumulate>(run, Channels, inputs, outputs, frames);
+        else
+            runTapLanesSse2<Accumulate>(run, Channels, inputs, outputs, frames);
         writePos_ = run.writePos;
         tapReadPos_ = run.tapPos;
         return;
@@ -369,15 +351,12 @@ void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames
     auto runPlain = [&](unsigned first, unsigned last) {
         TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
         for (VstInt32 i = 0; i < frames; ++i) {
-            const TapFrame at = TapFrame::at<Channels>(run);
+            const TapFrame at = TapFrame::at(run);
             const double noise = delay::denormalNoise(frames, i);
             for (unsigned c = first; c < last; ++c) {
                 const float input = inputs[c][i];
-                const double wet = tapStep(run, at, c, input, noise);
-                if constexpr (Accumulate)
-                    outputs[c][i] = toFloat(wet + static_cast<double>(outputs[c][i]));
-                else
-                    outputs[c][i] = toFloat(wet + static_cast<double>(input) * static_cast<double>(run.dryGain));
+                const double wet = tapStep(run, at, delayLine_.channel(c), input, noise);
+                tapOutput<Accumulate>(wet, input, outputs[c][i], run.dryGain);
             }
             run.advance();
         }

@@ -94,7 +94,7 @@ private:
             if (!consume(':')) return fail("expected ':'");
             JsonValue value;
             if (!parseValue(value, depth + 1)) return false;
-            out.object.emplace_back(std::move(key), std::move(value));
+            out.object.push_back(JsonValue::Member{std::move(key), std::move(value)});
         } while (consume(','));
         return consume('}') || fail("expected '}'");
     }

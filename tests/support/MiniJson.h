@@ -12,16 +12,24 @@
 namespace aftest {
 
 struct JsonValue {
+    struct Member;  // a name and its value (complete below, once JsonValue is)
     enum class Kind { kNull, kBool, kNumber, kString, kArray, kObject };
     Kind kind = Kind::kNull;
     bool boolean = false;
     double number = 0.0;
     std::string string;
     std::vector<JsonValue> array;
-    std::vector<std::pair<std::string, JsonValue>> object;  // in file order
+    std::vector<Member> object;  // in file order
 
     // The member `key` of an object; null if absent or not an object.
     const JsonValue* get(std::string_view key) const;
+};
+
+// Its own type rather than a std::pair: a pair of an incomplete value inside
+// the value's own definition is refused by some standard libraries.
+struct JsonValue::Member {
+    std::string name;
+    JsonValue value;
 };
 
 // Parses a whole document; on error returns nothing and says where in `error`.

@@ -65,9 +65,12 @@ protected:
 class AllocatingFake final : public CleanFake {
 public:
     using CleanFake::CleanFake;
+    static inline float* volatile escaped = nullptr;
     void processReplacing(float** inputs, float** outputs, VstInt32 frames) override {
         std::vector<float> scratch(static_cast<std::size_t>(frames > 0 ? frames : 1));
         scratch[0] = 1.0f;
+        // The address escapes, so no optimiser may drop the allocation as unused.
+        escaped = scratch.data();
         run(inputs, outputs, frames, false);
     }
 };
