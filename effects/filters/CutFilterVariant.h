@@ -95,7 +95,7 @@ void CutFilterVariant<Family, Channels>::run(float** inputs, float** outputs, Vs
         // way the change reaches the next call.
         this->refreshDesign();
         d = this->design;
-        if (path == VectorPath::avx2) runLanesAvx2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
+        if (path == VectorPath::avx2) runLanesAvx2OrWider<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
         else runLanesSse2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
     }
     for (unsigned c = 0; c < Channels && usable; ++c) storeHistory(h[c], memory[c]);

@@ -13,6 +13,9 @@
 //   std::array<D, N - 2> state      the history fields after x1 and x2
 //   advance(c, x, x1, x2, offset)   one frame; gives the outputs, rounded,
 //                                   as floats
+// A kernel of two equal sections in series may also offer one section alone
+// (see TwoEqualSections); on four lanes, its lanes then hold sections rather
+// than channels (SectionLanes).
 #include <array>
 #include <cstring>
 #include <type_traits>
@@ -157,6 +160,7 @@ struct LaneGroup {
     }
     using Coefficients = typename Recursion::Coefficients;
 
+    [[gnu::always_inline]] static void offsetLanes(double offset, D& lanes) noexcept { lanes = D{} + offset; }
     [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
         y[k] = recursion.advance(c, x[2 + k], x[1 + k], x[k], offset);
     }
@@ -172,6 +176,9 @@ struct LaneGroup {
         x[0] = x[4];
         x[1] = x[5];
     }
+    // Nothing held back between blocks.
+    template <bool Accumulate, class Offsets>
+    [[gnu::always_inline]] void endBlocks(const Coefficients&, const Offsets&, VstInt32) noexcept {}
 
     // One frame on its own: inputs gathered lane by lane, outputs scattered.
     template <bool Accumulate>
@@ -192,34 +199,250 @@ struct LaneGroup {
     }
 };
 
+
+// Whether the kernel's recursion is two sections of one shape and one set of
+// coefficients in series, offered as `Lanes<L>::section(c, in, in1, in2, out1,
+// out2)`: the sum before rounding and before the anti-denormal offset, which
+// only the first section adds.
+template <class Kernel>
+concept TwoEqualSections = requires { requires Kernel::kTwoEqualSections; };
+
+// Channels of such a kernel on four lanes, each lane one section of one
+// channel: four channels take two vectors (first sections, second sections),
+// two channels one (lanes 0 and 1 their first sections, lanes 2 and 3 their
+// second). The second sections run one block of four frames behind the first,
+// on the first sections' outputs of that block, kept as doubles. So no lane
+// waits on another lane's result of the same frame, each waits only on its own
+// recursion, and two channels fill a whole vector.
+//
+// The first block of a call has no block before it: the second sections'
+// lanes compute nothing of use there and get the channels' memory back after
+// it. After the last block they run once more alone to catch up (`endBlocks`),
+// so that single frames after it, and the memory kept at the end, see both
+// sections at the same frame. Where the first sections add the anti-denormal
+// offset the second add -0, which leaves every sum as it is (-0 included), as
+// the second section adds nothing.
+template <class Kernel, unsigned Channels>
+struct SectionLanes {
+    static_assert(Channels == 4 || Channels == 2);
+    using L = FourLanes;
+    using D = LanesD4;
+    using History = typename Kernel::History;
+    using Recursion = typename Kernel::template Lanes<L>;
+    using Coefficients = typename Recursion::Coefficients;
+    static constexpr unsigned kWidth = Channels;
+    static constexpr unsigned kVectors = Channels == 4 ? 2 : 1;
+    static constexpr std::size_t kFields = sizeof(History) / sizeof(float);
+    static_assert(kFields == 6, "x1, x2, the first section's two outputs, the second's");
+
+    // The channel and the section (0 first, 1 second) of lane j of vector v.
+    static constexpr unsigned channelOf(unsigned j) { return j % Channels; }
+    static constexpr unsigned sectionOf(unsigned v, unsigned j) { return Channels == 4 ? v : j / 2; }
+
+    // Per vector: each lane's two previous inputs and outputs.
+    struct Memory {
+        D in1, in2, out1, out2;
+    };
+    Memory lanes[kVectors];
+    D firsts[4];        // the first sections' outputs of the block before, per frame
+    __m128 frames[4];   // the block's inputs, one row of channels per frame
+    __m128 results[4];  // per frame, what the vector holding the second sections gave
+    bool holding;       // the block before awaits its second sections
+    float* const* in;
+    float* const* out;
+    History* memory;
+
+    [[gnu::always_inline]] static void offsetLanes(double offset, D& lanes) noexcept {
+        if constexpr (Channels == 4) lanes = D{} + offset;
+        else lanes = D{offset, offset, -0.0, -0.0};
+    }
+
+    [[gnu::always_inline]] void load(float** inputs, float** outputs, History* history, unsigned first) noexcept {
+        in = inputs + first;
+        out = outputs + first;
+        memory = history + first;
+        for (unsigned v = 0; v < kVectors; ++v) loadLanes(v, false);
+        for (D& row : firsts) row = D{};
+        holding = false;
+    }
+    [[gnu::always_inline]] void store() const noexcept {
+        float fields[Channels][kFields];
+        for (unsigned v = 0; v < kVectors; ++v)
+            for (unsigned j = 0; j < 4; ++j) {
+                float* f = fields[channelOf(j)] + 2 * sectionOf(v, j);
+                if (sectionOf(v, j) == 0) {
+                    f[0] = toFloat(lanes[v].in1[j]);
+                    f[1] = toFloat(lanes[v].in2[j]);
+                }
+                f[2] = toFloat(lanes[v].out1[j]);
+                f[3] = toFloat(lanes[v].out2[j]);
+            }
+        for (unsigned c = 0; c < Channels; ++c) std::memcpy(&memory[c], fields[c], sizeof fields[c]);
+    }
+
+    [[gnu::always_inline]] void readBlock(VstInt32 frame) noexcept { FrameRows<Channels>::load(frames, in, frame); }
+    [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
+        if constexpr (Channels == 4) {
+            D x;
+            L::widen(frames[k], x);
+            advanceLanes(c, lanes[0], x, offset);
+            results[k] = advanceLanes(c, lanes[1], firsts[k], kMinusZero);
+            firsts[k] = lanes[0].out1;
+        } else {
+            // the frame's inputs beside the first sections' outputs of the block before
+            const LanesD2 x = LanesD2(_mm_cvtps_pd(frames[k]));
+            const LanesD2 s = __builtin_shufflevector(firsts[k], firsts[k], 0, 1);
+            results[k] = advanceLanes(c, lanes[0], __builtin_shufflevector(x, s, 0, 1, 2, 3), offset);
+            firsts[k] = lanes[0].out1;
+        }
+    }
+    template <bool Accumulate>
+    [[gnu::always_inline]] void writeBlock(VstInt32 frame) noexcept {
+        if (holding) writeSeconds<Accumulate>(frame - 4);
+        else for (unsigned v = 0; v < kVectors; ++v) loadLanes(v, true);
+        holding = true;
+    }
+    // The second sections over the last block, the first sections' lanes
+    // left as they are.
+    template <bool Accumulate>
+    [[gnu::always_inline]] void endBlocks(const Coefficients& c, const D (&offsets)[4], VstInt32 frame) noexcept {
+        if (!holding) return;
+        if constexpr (Channels == 4) {
+            for (unsigned k = 0; k < 4; ++k) results[k] = advanceLanes(c, lanes[1], firsts[k], kMinusZero);
+        } else {
+            const Memory kept = lanes[0];
+            for (unsigned k = 0; k < 4; ++k)
+                results[k] = advanceLanes(c, lanes[0], __builtin_shufflevector(firsts[k], firsts[k], 0, 1, 0, 1),
+                                          offsets[k]);
+            lanes[0].in1 = __builtin_shufflevector(kept.in1, lanes[0].in1, 0, 1, 6, 7);
+            lanes[0].in2 = __builtin_shufflevector(kept.in2, lanes[0].in2, 0, 1, 6, 7);
+            lanes[0].out1 = __builtin_shufflevector(kept.out1, lanes[0].out1, 0, 1, 6, 7);
+            lanes[0].out2 = __builtin_shufflevector(kept.out2, lanes[0].out2, 0, 1, 6, 7);
+        }
+        writeSeconds<Accumulate>(frame - 4);
+        holding = false;
+    }
+
+    // One frame on its own, both sections at that frame: the second sections
+    // take the first sections' output at once.
+    template <bool Accumulate>
+    [[gnu::always_inline]] void step(const Coefficients& c, VstInt32 frame, const D& offset) noexcept {
+        alignas(16) float samples[4] = {};
+        for (unsigned lane = 0; lane < Channels; ++lane) samples[lane] = in[lane][frame];
+        D x;
+        L::widen(_mm_load_ps(samples), x);
+        __m128 result;
+        if constexpr (Channels == 4) {
+            advanceLanes(c, lanes[0], x, offset);
+            result = advanceLanes(c, lanes[1], lanes[0].out1, kMinusZero);
+        } else {
+            // lanes 0 and 1 run their section twice, the same sum both times
+            D sum;
+            Recursion::section(c, x, lanes[0].in1, lanes[0].in2, lanes[0].out1, lanes[0].out2, sum);
+            sum += offset;
+            D s;
+            L::widen(L::narrow(sum), s);
+            // the second sections' outputs, lanes 2 and 3, to the front
+            const __m128 both = advanceLanes(c, lanes[0], __builtin_shufflevector(x, s, 0, 1, 4, 5), offset);
+            result = _mm_movehl_ps(both, both);
+        }
+        _mm_store_ps(samples, result);
+        for (unsigned lane = 0; lane < Channels; ++lane) {
+            float y = samples[lane];
+            if constexpr (Accumulate) y = toFloat(static_cast<double>(out[lane][frame]) + y);
+            out[lane][frame] = y;
+        }
+    }
+
+private:
+    static constexpr D kMinusZero = {-0.0, -0.0, -0.0, -0.0};
+
+    // One section step of the lanes of one vector, given each lane's input;
+    // gives the outputs rounded to float.
+    [[gnu::always_inline]] static __m128 advanceLanes(const Coefficients& c, Memory& m, const D& x,
+                                                      const D& offset) noexcept {
+        D sum;
+        Recursion::section(c, x, m.in1, m.in2, m.out1, m.out2, sum);
+        sum += offset;
+        const __m128 result = L::narrow(sum);
+        m.in2 = m.in1;
+        m.in1 = x;
+        m.out2 = m.out1;
+        L::widen(result, m.out1);
+        return result;
+    }
+    // The channels' memory into the lanes of vector v (exact: the lanes hold
+    // floats), or into its second sections' lanes only.
+    [[gnu::always_inline]] void loadLanes(unsigned v, bool secondsOnly) noexcept {
+        float fields[Channels][kFields];
+        for (unsigned c = 0; c < Channels; ++c) std::memcpy(fields[c], &memory[c], sizeof fields[c]);
+        for (unsigned j = 0; j < 4; ++j) {
+            if (secondsOnly && sectionOf(v, j) == 0) continue;
+            const float* f = fields[channelOf(j)] + 2 * sectionOf(v, j);
+            lanes[v].in1[j] = f[0];
+            lanes[v].in2[j] = f[1];
+            lanes[v].out1[j] = f[2];
+            lanes[v].out2[j] = f[3];
+        }
+    }
+    // The second sections' outputs of the four frames from `frame` on.
+    template <bool Accumulate>
+    [[gnu::always_inline]] void writeSeconds(VstInt32 frame) noexcept {
+        __m128 rows[4];
+        if constexpr (Channels == 4) {
+            for (unsigned k = 0; k < 4; ++k) rows[k] = results[k];
+            FrameRows<4>::toChannels(rows);
+        } else {
+            // the upper halves of the results, turned into two rows of channels
+            const __m128 first = _mm_movehl_ps(results[1], results[0]);
+            const __m128 second = _mm_movehl_ps(results[3], results[2]);
+            rows[0] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0));
+            rows[1] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1));
+        }
+        for (unsigned lane = 0; lane < Channels; ++lane) {
+            float* channel = out[lane] + frame;
+            __m128 samples = rows[lane];
+            if constexpr (Accumulate) samples = addInDouble(_mm_loadu_ps(channel), samples);
+            _mm_storeu_ps(channel, samples);
+        }
+    }
+};
+
 }  // namespace lanes
 
 // All channels of a call: groups of `Wide` lanes and, when two channels are
-// left over (six channels on four lanes), one group of two. Four frames at a
-// time every group advances frame by frame, the groups side by side so that
-// their independent recursions overlap; the frames left over go one by one.
+// left over (six channels on four lanes), one group of two; on four lanes a
+// two-section kernel runs its groups as SectionLanes. Four frames at a time
+// every group advances frame by frame, the groups side by side so that their
+// independent recursions overlap; the frames left over go one by one.
 //
 // The kernel's offset depends on the frame alone (one value for every lane)
 // and repeats every `Kernel::kOffsetPeriod` frames, a divisor of four, so the
 // four offsets of a block are those of the first block. Inputs of a block are
-// all read before its outputs are written, which in place (the same array in
-// and out for a channel) reads exactly what the plain loop reads.
+// all read before its outputs are written (SectionLanes writes a block's
+// outputs later still), which in place (the same array in and out for a
+// channel) reads exactly what the plain loop reads.
+template <class Wide, class Kernel, unsigned Width>
+using GroupOf = std::conditional_t<Wide::kWidth == 4 && lanes::TwoEqualSections<Kernel>,
+                                   lanes::SectionLanes<Kernel, Width>,
+                                   lanes::LaneGroup<Kernel, std::conditional_t<Width == 4, Wide, TwoLanes>>>;
+
 template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
 [[gnu::always_inline]] inline void runLaneGroups(std::array<typename Kernel::History, Channels>& history,
                                                  float** inputs, float** outputs, VstInt32 frames,
                                                  const typename Kernel::Design& design) {
-    using WideGroup = lanes::LaneGroup<Kernel, Wide>;
-    using PairGroup = lanes::LaneGroup<Kernel, TwoLanes>;
-    using DW = typename Wide::D;
-    using DP = typename TwoLanes::D;
+    using WideGroup = GroupOf<Wide, Kernel, Wide::kWidth>;
+    using PairGroup = GroupOf<Wide, Kernel, 2>;
+    using DW = typename WideGroup::D;
+    using DP = typename PairGroup::D;
     constexpr unsigned kGroups = Channels / Wide::kWidth;
     constexpr bool kPair = Channels % Wide::kWidth == 2;
     constexpr unsigned kPairFirst = kGroups * Wide::kWidth;
     static_assert(Channels % Wide::kWidth == 0 || kPair, "channel count not covered by the lanes");
     static_assert(4 % Kernel::kOffsetPeriod == 0, "offset pattern must repeat within four frames");
 
-    const typename WideGroup::Recursion::Coefficients wideC(design);
-    const typename PairGroup::Recursion::Coefficients pairC(design);
+    const typename WideGroup::Coefficients wideC(design);
+    const typename PairGroup::Coefficients pairC(design);
     WideGroup wide[kGroups > 0 ? kGroups : 1];
     PairGroup pair[1];
 #pragma GCC unroll 16
@@ -232,8 +455,8 @@ template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
         DP pairOffsets[4];
         for (unsigned k = 0; k < 4; ++k) {
             const double offset = static_cast<double>(Kernel::offset(frames, static_cast<VstInt32>(k)));
-            wideOffsets[k] = DW{} + offset;
-            pairOffsets[k] = DP{} + offset;
+            WideGroup::offsetLanes(offset, wideOffsets[k]);
+            PairGroup::offsetLanes(offset, pairOffsets[k]);
         }
         for (; frames - frame >= 4; frame += 4) {
 #pragma GCC unroll 16
@@ -249,20 +472,28 @@ template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
             for (unsigned g = 0; g < kGroups; ++g) wide[g].template writeBlock<Accumulate>(frame);
             if constexpr (kPair) pair[0].template writeBlock<Accumulate>(frame);
         }
+#pragma GCC unroll 16
+        for (unsigned g = 0; g < kGroups; ++g) wide[g].template endBlocks<Accumulate>(wideC, wideOffsets, frame);
+        if constexpr (kPair) pair[0].template endBlocks<Accumulate>(pairC, pairOffsets, frame);
     }
     for (; frame < frames; ++frame) {
         const double offset = static_cast<double>(Kernel::offset(frames, frame));
+        DW wideOffset;
+        DP pairOffset;
+        WideGroup::offsetLanes(offset, wideOffset);
+        PairGroup::offsetLanes(offset, pairOffset);
 #pragma GCC unroll 16
-        for (unsigned g = 0; g < kGroups; ++g) wide[g].template step<Accumulate>(wideC, frame, DW{} + offset);
-        if constexpr (kPair) pair[0].template step<Accumulate>(pairC, frame, DP{} + offset);
+        for (unsigned g = 0; g < kGroups; ++g) wide[g].template step<Accumulate>(wideC, frame, wideOffset);
+        if constexpr (kPair) pair[0].template step<Accumulate>(pairC, frame, pairOffset);
     }
 #pragma GCC unroll 16
     for (unsigned g = 0; g < kGroups; ++g) wide[g].store();
     if constexpr (kPair) pair[0].store();
 }
 
-// The two entry points a variant calls: SSE2 (every x86-64 processor) and
-// AVX2, compiled for AVX2 on its own and called only where the processor has it.
+// The entry points a variant calls: SSE2 (every x86-64 processor), AVX2, and
+// AVX2 with AVX-512VL's thirty-two registers, each compiled for its own
+// instruction set and called only where the processor has it.
 template <class Kernel, unsigned Channels, bool Accumulate>
 void runLanesSse2(std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs,
                   VstInt32 frames, const typename Kernel::Design& design) {
@@ -274,6 +505,21 @@ __attribute__((target("avx2"))) void runLanesAvx2(std::array<typename Kernel::Hi
                                                   float** inputs, float** outputs, VstInt32 frames,
                                                   const typename Kernel::Design& design) {
     runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+}
+
+template <class Kernel, unsigned Channels, bool Accumulate>
+__attribute__((target("avx2,avx512f,avx512vl"))) void runLanesAvx512vl(
+    std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs, VstInt32 frames,
+    const typename Kernel::Design& design) {
+    runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+}
+
+// The AVX2 path: with AVX-512VL's registers where the processor has them.
+template <class Kernel, unsigned Channels, bool Accumulate>
+[[gnu::noinline]] void runLanesAvx2OrWider(std::array<typename Kernel::History, Channels>& history, float** inputs,
+                                           float** outputs, VstInt32 frames, const typename Kernel::Design& design) {
+    if (extendedRegisters()) runLanesAvx512vl<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
+    else runLanesAvx2<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }
 
 }  // namespace AF

@@ -117,21 +117,26 @@ struct CascadeLanes {
     };
     std::array<D, kCascadeHistorySize - 2> state;  // s1, s2, y1, y2
 
+    // One section before its rounding, without the offset: both sections have
+    // this shape, the first fed by the input, the second by the first's output.
+    [[gnu::always_inline]] static void section(const Coefficients& c, const D& in, const D& in1, const D& in2,
+                                               const D& out1, const D& out2, D& sum) noexcept {
+        if constexpr (Response == CascadeResponse::Highpass)
+            sum = (in - 2.0 * in1 + in2) * c.gain + c.feedback1 * out1 - c.feedback2 * out2;
+        else
+            sum = (2.0 * in1 + in + in2) * c.gain + c.feedback1 * out1 - c.feedback2 * out2;
+    }
+
     [[gnu::always_inline]] inline __m128 advance(const Coefficients& c, const D& x, const D& x1, const D& x2,
                                                  const D& offset) noexcept {
         auto& [s1, s2, y1, y2] = state;
         D s;
-        if constexpr (Response == CascadeResponse::Highpass)
-            s = (x - 2.0 * x1 + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
-        else
-            s = (2.0 * x1 + x + x2) * c.gain + c.feedback1 * s1 - c.feedback2 * s2 + offset;
+        section(c, x, x1, x2, s1, s2, s);
+        s += offset;
         D sf;
         L::widen(L::narrow(s), sf);
         D y;
-        if constexpr (Response == CascadeResponse::Highpass)
-            y = (sf - 2.0 * s1 + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
-        else
-            y = (2.0 * s1 + sf + s2) * c.gain + c.feedback1 * y1 - c.feedback2 * y2;
+        section(c, sf, s1, s2, y1, y2, y);
         const __m128 yf = L::narrow(y);
         y2 = y1;
         L::widen(yf, y1);
@@ -147,6 +152,9 @@ struct CascadeKernel {
     using Design = CascadeDesign;
     using History = CascadeHistory;
     template <class L> using Lanes = CascadeLanes<Response, L>;
+    // Two sections of one shape and one set of coefficients in series: on four
+    // lanes, a lane may carry one section of a channel (see LaneGroups.h).
+    static constexpr bool kTwoEqualSections = true;
     static constexpr unsigned kOffsetPeriod = Response == CascadeResponse::Highpass ? 2 : 1;
     static float offset(VstInt32 frames, VstInt32 n) noexcept { return cascadeOffset<Response>(frames, n); }
     static float step(const Design& d, History& h, float x, float offset) noexcept {

@@ -20,6 +20,16 @@ VectorPath widestVectorPath() noexcept;
 // For tests and benchmarks: selects a path, limited to what the processor runs.
 void setVectorPath(VectorPath path) noexcept;
 
+// Whether the four-lane cut filter loops of the AVX2 path are compiled for
+// AVX-512VL: the same 256-bit operations, but thirty-two vector registers
+// instead of sixteen, so that two sections of six or sixteen channels keep
+// their recursions in registers. Chosen at load where the processor has it.
+bool extendedRegisters() noexcept;
+// Whether the processor has them at all.
+bool extendedRegistersAvailable() noexcept;
+// For tests and benchmarks: switches them off, or on where available.
+void setExtendedRegisters(bool on) noexcept;
+
 // Lanes of channels: two or four doubles, two or four floats. The four-lane
 // types belong in code compiled for AVX2.
 typedef double LanesD2 __attribute__((vector_size(16)));

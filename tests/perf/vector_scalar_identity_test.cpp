@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
@@ -34,8 +35,10 @@ using AF::VectorPath;
 
 // Odd sizes and sizes of every remainder by four, so that the offsets counted
 // from the end of a call (every second, every fourth frame) fall on every lane
-// position; a call of no frames still refreshes the coefficients.
-constexpr VstInt32 kBlockSizes[] = {1, 3, 7, 64, 513, 512, 2, 0, 5, 258};
+// position; a call of no frames still refreshes the coefficients. One, two and
+// three blocks of four frames with nothing left over: loops that keep a block
+// back must hand everything over by the end of each call.
+constexpr VstInt32 kBlockSizes[] = {1, 3, 7, 64, 513, 512, 2, 0, 5, 258, 4, 8, 6, 12};
 constexpr int kCalls = 260;  // about 35000 frames per channel
 
 using PathGuard = aftest::VectorPathGuard;
@@ -170,6 +173,102 @@ TYPED_TEST(VectorScalarIdentity, AnotherSeedAgrees) { checkEveryPath<TypeParam>(
 
 TYPED_TEST(VectorScalarIdentity, SeparateOutputBuffersAgree) {
     checkEveryPath<TypeParam>(424242u, Buffering::separate);
+}
+
+// Short calls around the block of four frames, a new cutoff before every one
+// and every third call accumulating: the vector loops carry nothing from call
+// to call but the filter memory, so each call must match the plain loop's from
+// its first frame, whatever block the call before ended in.
+// With `specials`, some calls also carry infinities and NaN, which the filter
+// memory keeps until a suspend two calls later; where both sides give NaN its
+// payload may differ (two NaNs meeting in a sum keep either), so NaN matches
+// NaN there, and every other sample must match bit for bit.
+template <class Effect>
+void expectShortCallsIdentical(VectorPath path, bool specials = false) {
+    PathGuard guard;
+    Effect vectorEffect(nullptr), plainEffect(nullptr);
+    AEffect* records[2] = {vectorEffect.getAeffect(), plainEffect.getAeffect()};
+    vectorEffect.resume();
+    plainEffect.resume();
+    const int channels = records[0]->numInputs;
+    constexpr VstInt32 kSizes[] = {4, 9, 8, 1, 4, 0, 12, 3, 5, 4, 16, 2, 7, 4};
+    constexpr float kCutoffs[] = {0.9f, 0.1f, 0.55f, 0.3f, 1.0f, 0.0f, 0.7f};
+    std::vector<std::vector<float>> samples[2], outputs[2];
+    for (int side = 0; side < 2; ++side) {
+        samples[side].assign(static_cast<std::size_t>(channels), std::vector<float>(16));
+        outputs[side].assign(static_cast<std::size_t>(channels), std::vector<float>(16));
+    }
+    std::mt19937 random(99u);
+    std::uniform_real_distribution<float> signal(-1.0f, 1.0f);
+    for (std::size_t call = 0; call < std::size(kSizes) * 4; ++call) {
+        const VstInt32 frames = kSizes[call % std::size(kSizes)];
+        const float cutoff = kCutoffs[call % std::size(kCutoffs)];
+        const bool accumulate = call % 3 == 2;
+        const bool poisoned = specials && call % 7 == 3;
+        if (specials && call % 7 == 5) {
+            vectorEffect.suspend();
+            plainEffect.suspend();
+        }
+        for (int c = 0; c < channels; ++c)
+            for (std::size_t i = 0; i < 16; ++i) {
+                constexpr float kSpecial[] = {std::numeric_limits<float>::infinity(),
+                                              -std::numeric_limits<float>::infinity(),
+                                              std::numeric_limits<float>::quiet_NaN()};
+                float x = signal(random);
+                if (poisoned && (i + static_cast<std::size_t>(c)) % 5 == 1) x = kSpecial[(i / 5) % 3];
+                const float held = signal(random);
+                for (int side = 0; side < 2; ++side) {
+                    samples[side][static_cast<std::size_t>(c)][i] = x;
+                    outputs[side][static_cast<std::size_t>(c)][i] = held;
+                }
+            }
+        for (int side = 0; side < 2; ++side) {
+            AF::setVectorPath(side == 0 ? path : VectorPath::scalar);
+            records[side]->setParameter(records[side], 0, cutoff);
+            std::vector<float*> in, out;
+            for (int c = 0; c < channels; ++c) {
+                in.push_back(samples[side][static_cast<std::size_t>(c)].data());
+                out.push_back(outputs[side][static_cast<std::size_t>(c)].data());
+            }
+            if (accumulate) records[side]->process(records[side], in.data(), out.data(), frames);
+            else records[side]->processReplacing(records[side], in.data(), out.data(), frames);
+        }
+        // all sixteen frames, so that writes past the end of a call show too
+        for (int c = 0; c < channels; ++c)
+            for (std::size_t i = 0; i < 16; ++i) {
+                const float got = outputs[0][static_cast<std::size_t>(c)][i];
+                const float want = outputs[1][static_cast<std::size_t>(c)][i];
+                if (specials && std::isnan(got) && std::isnan(want)) continue;
+                ASSERT_EQ(std::bit_cast<std::uint32_t>(got), std::bit_cast<std::uint32_t>(want))
+                    << vectorPathName(path) << " call " << call << " (" << frames << " frames) channel " << c
+                    << " frame " << i << ": " << got << " vs plain " << want;
+            }
+    }
+}
+
+template <class Effect>
+class ShortCallIdentity : public ::testing::Test {};
+
+using CutVariants = ::testing::Types<AF::AudioHighpass6, AF::AudioHighpass16, AF::AudioLowpass6, AF::AudioLowpass16,
+                                     AF::AudioBandpass6, AF::AudioBandreject6>;
+TYPED_TEST_SUITE(ShortCallIdentity, CutVariants);
+
+TYPED_TEST(ShortCallIdentity, EachCallStartsWhereThePlainLoopDoes) {
+    aftest::forEveryVectorPath([](VectorPath path) { expectShortCallsIdentical<TypeParam>(path); });
+}
+
+TYPED_TEST(ShortCallIdentity, InfinitiesAndNaNTakeThePlainLoopsCourse) {
+    aftest::forEveryVectorPath([](VectorPath path) { expectShortCallsIdentical<TypeParam>(path, true); });
+}
+
+// Switching the registers off is honoured, and switching them on is limited to
+// what the processor has.
+TEST(VectorPathChoice, ExtendedRegistersAreLimitedToTheProcessor) {
+    PathGuard guard;
+    AF::setExtendedRegisters(true);
+    EXPECT_EQ(AF::extendedRegisters(), AF::extendedRegistersAvailable());
+    AF::setExtendedRegisters(false);
+    EXPECT_FALSE(AF::extendedRegisters());
 }
 
 // The vector path really differs in the code it runs: the switch is honoured

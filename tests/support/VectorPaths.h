@@ -1,6 +1,9 @@
 #pragma once
 // The processing paths a test can select on this processor, and a guard that
 // gives back the load-time choice when the test ends, whatever it selected.
+// Where the processor has AVX-512VL, the AVX2 path runs twice: with the
+// sixteen registers of AVX2 and with the thirty-two of AVX-512VL, which the
+// cut filters compile their four-lane loops for separately.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,13 +15,17 @@ namespace aftest {
 
 class VectorPathGuard {
 public:
-    VectorPathGuard() : saved_(AF::vectorPath()) {}
-    ~VectorPathGuard() { AF::setVectorPath(saved_); }
+    VectorPathGuard() : saved_(AF::vectorPath()), savedRegisters_(AF::extendedRegisters()) {}
+    ~VectorPathGuard() {
+        AF::setVectorPath(saved_);
+        AF::setExtendedRegisters(savedRegisters_);
+    }
     VectorPathGuard(const VectorPathGuard&) = delete;
     VectorPathGuard& operator=(const VectorPathGuard&) = delete;
 
 private:
     AF::VectorPath saved_;
+    bool savedRegisters_;
 };
 
 inline std::string vectorPathName(AF::VectorPath path) {
@@ -44,10 +51,16 @@ template <class Check>
 void forEveryVectorPath(Check&& check) {
     const auto paths = availableVectorPaths();
     if (paths.empty()) GTEST_SKIP() << "no vector instruction set on this processor";
+    const VectorPathGuard guard;
     for (AF::VectorPath path : paths) {
-        SCOPED_TRACE(vectorPathName(path));
-        check(path);
-        if (::testing::Test::HasFatalFailure()) return;
+        const bool both = path == AF::VectorPath::avx2 && AF::extendedRegistersAvailable();
+        for (bool extended : {false, true}) {
+            if (extended && !both) continue;
+            AF::setExtendedRegisters(extended);
+            SCOPED_TRACE(vectorPathName(path) + (extended ? " with the AVX-512VL registers" : ""));
+            check(path);
+            if (::testing::Test::HasFatalFailure()) return;
+        }
     }
 }
 
