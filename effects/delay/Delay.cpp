@@ -103,63 +103,34 @@ template <unsigned Width, bool Accumulate>
     }
 }
 
-// One channel's pass over a call from the run's positions, `Width` frames at
-// a time between wraps (DelayLanes.h); answers the positions it ends on.
-template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline std::array<std::uint32_t, 2> runChannel(const DelayRun& run, unsigned c,
-                                                                       const float* in, float* out,
-                                                                       VstInt32 frames) noexcept {
-    float* const line = run.line.channel(c);
-    const std::uint32_t length = run.line.length();
-    const double feedback = run.feedback;
-    const double wetGain = run.wetGain;
-    const double dryGain = run.dryGain;
-    std::array<std::uint32_t, 2> at = {run.writePos, run.readPos};
-    VstInt32 i = 0;
-    while (i < frames) {
-        const VstInt32 span = delay::straightSpan(frames - i, length, at);
-        if (span >= static_cast<VstInt32>(Width) && delay::groupsSafe<Width>(at)) {
-            const VstInt32 grouped = span - span % static_cast<VstInt32>(Width);
-            auto group = [&](VstInt32 k, const auto& noise) __attribute__((always_inline)) {
-                groupStep<Width, Accumulate>(line, at[0] + k, at[1] + k, in + i + k, out + i + k, noise, feedback,
-                                             wetGain, dryGain);
-            };
-            delay::forEachGroup<Width>(frames, i, grouped, group);
-            for (std::uint32_t& position : at) delay::advanceBy(position, grouped, length);
-            i += grouped;
-            continue;
-        }
-        frameStep<Accumulate>(run, line, at[0], at[1], in[i], out[i], delay::denormalNoise(frames, i));
-        for (std::uint32_t& position : at) delay::advance(position, length);
-        ++i;
+// The vector path's pass over one channel (DelayLanes.h).
+struct DelayPass {
+    static std::array<std::uint32_t, 2> positions(const DelayRun& run) noexcept { return {run.writePos, run.readPos}; }
+    static void keep(DelayRun& run, const std::array<std::uint32_t, 2>& end) noexcept {
+        run.writePos = end[0];
+        run.readPos = end[1];
     }
-    return at;
-}
 
-// Every channel of a call, each from the same positions, which all end on the
-// same ones. A group reads its frames' inputs before it writes their outputs,
-// so one array in and out per channel reads what the plain loop reads.
-template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline void runLanes(DelayRun& run, unsigned channels, float** inputs, float** outputs,
-                                            VstInt32 frames) noexcept {
-    std::array<std::uint32_t, 2> end = {run.writePos, run.readPos};
-    for (unsigned c = 0; c < channels; ++c)
-        end = runChannel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
-    run.writePos = end[0];
-    run.readPos = end[1];
-}
-
-template <bool Accumulate>
-void runLanesSse2(DelayRun& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
-    runLanes<2, Accumulate>(run, channels, inputs, outputs, frames);
-}
-
-// Compiled for AVX2 on its own; called only where the processor has it.
-template <bool Accumulate>
-__attribute__((target("avx2"))) void runLanesAvx2(DelayRun& run, unsigned channels, float** inputs,
-                                                  float** outputs, VstInt32 frames) {
-    runLanes<4, Accumulate>(run, channels, inputs, outputs, frames);
-}
+    template <unsigned Width, bool Accumulate>
+    [[gnu::always_inline]] static std::array<std::uint32_t, 2> channel(const DelayRun& run, unsigned c,
+                                                                        const float* in, float* out,
+                                                                        VstInt32 frames) noexcept {
+        float* const line = run.line.channel(c);
+        const double feedback = run.feedback;
+        const double wetGain = run.wetGain;
+        const double dryGain = run.dryGain;
+        auto group = [&](const auto& at, VstInt32 offset, VstInt32 frame, const auto& noise)
+                         __attribute__((always_inline)) {
+                             const auto step = static_cast<std::uint32_t>(offset);
+                             groupStep<Width, Accumulate>(line, at[0] + step, at[1] + step, in + frame, out + frame,
+                                                          noise, feedback, wetGain, dryGain);
+                         };
+        auto single = [&](const auto& at, VstInt32 frame) __attribute__((always_inline)) {
+            frameStep<Accumulate>(run, line, at[0], at[1], in[frame], out[frame], delay::denormalNoise(frames, frame));
+        };
+        return delay::walkChannel<Width>(frames, run.line.length(), positions(run), group, single);
+    }
+};
 
 }  // namespace
 
@@ -241,9 +212,9 @@ void AudioDelay::render(float** inputs, float** outputs, VstInt32 frames) noexce
         if (!runnable) return;
         DelayRun run{delayLine_, writePos_, readPos_, appliedFeedback_, wetGain_, dryGain_};
         if (path == VectorPath::avx2)
-            runLanesAvx2<Accumulate>(run, Channels, inputs, outputs, frames);
+            delay::runChannelsAvx2<DelayPass, Accumulate>(run, Channels, inputs, outputs, frames);
         else
-            runLanesSse2<Accumulate>(run, Channels, inputs, outputs, frames);
+            delay::runChannelsSse2<DelayPass, Accumulate>(run, Channels, inputs, outputs, frames);
         writePos_ = run.writePos;
         readPos_ = run.readPos;
     } else if constexpr (Channels == 16) {

@@ -93,27 +93,12 @@ struct GroupNoise {
     }
 };
 
-// Calls `group(offset, noise)` for the groups of `Width` frames at offsets
-// 0, Width, ... below `count` (a multiple of Width), eight frames per turn.
-// `group` must be always inlined too: the four-lane code is valid only inside
-// the function compiled for AVX2, even in an unoptimised build.
-template <unsigned Width, class Group>
-[[gnu::always_inline]] inline void forEachGroup(VstInt32 frames, VstInt32 first, VstInt32 count, Group&& group) {
-    const GroupNoise<Width> noise(frames, first);
-    VstInt32 k = 0;
-    for (; k + kNoisePeriod <= count; k += kNoisePeriod) {
-#pragma GCC unroll 4
-        for (unsigned g = 0; g < GroupNoise<Width>::kGroups; ++g)
-            group(k + static_cast<VstInt32>(g * Width), noise.lanes[g]);
-    }
-    for (unsigned g = 0; k < count; k += Width, ++g) group(k, noise.lanes[g]);
-}
-
 // How many of the next `left` frames every position steps through without a
 // wrap: 0 when a position sits at or past the end of the line (that frame goes
 // on its own, through the spare frame).
 template <std::size_t N>
-inline VstInt32 straightSpan(VstInt32 left, std::uint32_t length, const std::array<std::uint32_t, N>& positions) noexcept {
+inline VstInt32 straightSpan(VstInt32 left, std::uint32_t length,
+                             const std::array<std::uint32_t, N>& positions) noexcept {
     auto span = static_cast<std::uint32_t>(left);
     for (const std::uint32_t position : positions) {
         if (position >= length) return 0;
@@ -141,6 +126,75 @@ inline bool groupsSafe(const std::array<std::uint32_t, N>& positions) noexcept {
 inline void advanceBy(std::uint32_t& position, std::uint32_t count, std::uint32_t length) noexcept {
     position += count;
     if (position >= length) position = 0;
+}
+
+// One channel's pass over a call of `frames` frames from `at` (the write
+// position first, then the reads): groups of `Width` frames between wraps
+// where groupsSafe allows, single frames elsewhere.
+//   group(at, offset, frame, noise)  the group `offset` frames on from `at`,
+//                                    starting at frame `frame` of the call
+//   single(at, frame)                frame `frame` alone, at `at`
+// Answers the positions the pass ends on. Both callables must be always
+// inlined: the four-lane code is valid only inside the function compiled for
+// AVX2, even in an unoptimised build.
+template <unsigned Width, std::size_t N, class Group, class Single>
+[[gnu::always_inline]] inline std::array<std::uint32_t, N> walkChannel(VstInt32 frames, std::uint32_t length,
+                                                                        std::array<std::uint32_t, N> at,
+                                                                        Group&& group, Single&& single) {
+    constexpr auto kWidth = static_cast<VstInt32>(Width);
+    VstInt32 i = 0;
+    while (i < frames) {
+        const VstInt32 span = straightSpan(frames - i, length, at);
+        if (span >= kWidth && groupsSafe<Width>(at)) {
+            const VstInt32 grouped = span - span % kWidth;
+            const GroupNoise<Width> noise(frames, i);
+            VstInt32 k = 0;
+            for (; k + kNoisePeriod <= grouped; k += kNoisePeriod) {
+#pragma GCC unroll 4
+                for (unsigned g = 0; g < GroupNoise<Width>::kGroups; ++g)
+                    group(at, k + static_cast<VstInt32>(g) * kWidth, i + k + static_cast<VstInt32>(g) * kWidth,
+                          noise.lanes[g]);
+            }
+            for (unsigned g = 0; k < grouped; k += kWidth, ++g) group(at, k, i + k, noise.lanes[g]);
+            for (std::uint32_t& position : at) advanceBy(position, static_cast<std::uint32_t>(grouped), length);
+            i += grouped;
+            continue;
+        }
+        single(at, i);
+        for (std::uint32_t& position : at) advance(position, length);
+        ++i;
+    }
+    return at;
+}
+
+// Every channel of a call through a family's pass, each channel from the same
+// positions, which all end on the same ones. `Pass` has
+//   positions(run)                             the positions a call starts from
+//   channel<Width, Accumulate>(run, c, in, out, frames)   one channel's pass
+//   keep(run, end)                             the positions the call ends on
+// A group reads its frames' inputs before it writes their outputs, so one
+// array in and out per channel reads what the plain loop reads.
+template <class Pass, unsigned Width, bool Accumulate, class Run>
+[[gnu::always_inline]] inline void runChannels(Run& run, unsigned channels, float** inputs, float** outputs,
+                                               VstInt32 frames) noexcept {
+    auto end = Pass::positions(run);
+    for (unsigned c = 0; c < channels; ++c)
+        end = Pass::template channel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
+    Pass::keep(run, end);
+}
+
+// The two entry points of a family's vector path: SSE2, which every x86-64
+// processor has, and AVX2, compiled on its own and called only where the
+// processor has it.
+template <class Pass, bool Accumulate, class Run>
+void runChannelsSse2(Run& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
+    runChannels<Pass, 2, Accumulate>(run, channels, inputs, outputs, frames);
+}
+
+template <class Pass, bool Accumulate, class Run>
+__attribute__((target("avx2"))) void runChannelsAvx2(Run& run, unsigned channels, float** inputs, float** outputs,
+                                                     VstInt32 frames) {
+    runChannels<Pass, 4, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 }  // namespace AF::delay

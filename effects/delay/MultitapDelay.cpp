@@ -178,66 +178,37 @@ template <unsigned Width, bool Accumulate>
     }
 }
 
-// One channel's pass over a call from the run's positions, `Width` frames at
-// a time between wraps (DelayLanes.h); answers the positions it ends on.
-template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline std::array<std::uint32_t, 1 + kTaps> runTapChannel(const TapRun& run, unsigned c,
-                                                                                  const float* in, float* out,
-                                                                                  VstInt32 frames) noexcept {
-    float* const line = run.line.channel(c);
-    const std::uint32_t length = run.line.length();
-    const TapGains gains(run);
-    std::array<std::uint32_t, 1 + kTaps> at = {run.writePos, run.tapPos[0], run.tapPos[1], run.tapPos[2],
-                                               run.tapPos[3]};
-    VstInt32 i = 0;
-    while (i < frames) {
-        const VstInt32 span = delay::straightSpan(frames - i, length, at);
-        if (span >= static_cast<VstInt32>(Width) && delay::groupsSafe<Width>(at)) {
-            const VstInt32 grouped = span - span % static_cast<VstInt32>(Width);
-            auto group = [&](VstInt32 k, const auto& noise) __attribute__((always_inline)) {
-                tapGroup<Width, Accumulate>(gains, line, at, static_cast<std::uint32_t>(k), in + i + k, out + i + k,
-                                            noise);
-            };
-            delay::forEachGroup<Width>(frames, i, grouped, group);
-            for (std::uint32_t& position : at) delay::advanceBy(position, grouped, length);
-            i += grouped;
-            continue;
-        }
-        TapFrame frame;
-        frame.write = run.line.slot(at[0]);
-        for (unsigned k = 0; k < kTaps; ++k) frame.tap[k] = run.line.slot(at[1 + k]);
-        const double wet = tapStep(run, frame, line, in[i], delay::denormalNoise(frames, i));
-        tapOutput<Accumulate>(wet, in[i], out[i], run.dryGain);
-        for (std::uint32_t& position : at) delay::advance(position, length);
-        ++i;
+// The vector path's pass over one channel (DelayLanes.h).
+struct TapPass {
+    using Positions = std::array<std::uint32_t, 1 + kTaps>;  // the write position, then the taps'
+    static Positions positions(const TapRun& run) noexcept {
+        return {run.writePos, run.tapPos[0], run.tapPos[1], run.tapPos[2], run.tapPos[3]};
     }
-    return at;
-}
+    static void keep(TapRun& run, const Positions& end) noexcept {
+        run.writePos = end[0];
+        for (unsigned k = 0; k < kTaps; ++k) run.tapPos[k] = end[1 + k];
+    }
 
-// Every channel of a call, each from the same positions, which all end on the
-// same ones. A group reads its frames' inputs before it writes their outputs,
-// so one array in and out per channel reads what the plain loop reads.
-template <unsigned Width, bool Accumulate>
-[[gnu::always_inline]] inline void runTapLanes(TapRun& run, unsigned channels, float** inputs, float** outputs,
-                                               VstInt32 frames) noexcept {
-    std::array<std::uint32_t, 1 + kTaps> end = {run.writePos, run.tapPos[0], run.tapPos[1], run.tapPos[2],
-                                                run.tapPos[3]};
-    for (unsigned c = 0; c < channels; ++c) end = runTapChannel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
-    run.writePos = end[0];
-    for (unsigned k = 0; k < kTaps; ++k) run.tapPos[k] = end[1 + k];
-}
-
-template <bool Accumulate>
-void runTapLanesSse2(TapRun& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
-    runTapLanes<2, Accumulate>(run, channels, inputs, outputs, frames);
-}
-
-// Compiled for AVX2 on its own; called only where the processor has it.
-template <bool Accumulate>
-__attribute__((target("avx2"))) void runTapLanesAvx2(TapRun& run, unsigned channels, float** inputs,
-                                                     float** outputs, VstInt32 frames) {
-    runTapLanes<4, Accumulate>(run, channels, inputs, outputs, frames);
-}
+    template <unsigned Width, bool Accumulate>
+    [[gnu::always_inline]] static Positions channel(const TapRun& run, unsigned c, const float* in, float* out,
+                                                    VstInt32 frames) noexcept {
+        float* const line = run.line.channel(c);
+        const TapGains gains(run);
+        auto group = [&](const Positions& at, VstInt32 offset, VstInt32 frame, const auto& noise)
+                         __attribute__((always_inline)) {
+                             tapGroup<Width, Accumulate>(gains, line, at, static_cast<std::uint32_t>(offset),
+                                                         in + frame, out + frame, noise);
+                         };
+        auto single = [&](const Positions& at, VstInt32 frame) __attribute__((always_inline)) {
+            TapFrame slots;
+            slots.write = run.line.slot(at[0]);
+            for (unsigned k = 0; k < kTaps; ++k) slots.tap[k] = run.line.slot(at[1 + k]);
+            const double wet = tapStep(run, slots, line, in[frame], delay::denormalNoise(frames, frame));
+            tapOutput<Accumulate>(wet, in[frame], out[frame], run.dryGain);
+        };
+        return delay::walkChannel<Width>(frames, run.line.length(), positions(run), group, single);
+    }
+};
 
 }  // namespace
 
@@ -339,9 +310,9 @@ void AudioMultitapDelay::render(float** inputs, float** outputs, VstInt32 frames
         if (!runnable) return;
         TapRun run{delayLine_, writePos_, tapReadPos_, appliedFeedback_, appliedTapLevel_, wetGain_, dryGain_};
         if (path == VectorPath::avx2)
-            runTapLanesAvx2<Accumulate>(run, Channels, inputs, outputs, frames);
+            delay::runChannelsAvx2<TapPass, Accumulate>(run, Channels, inputs, outputs, frames);
         else
-            runTapLanesSse2<Accumulate>(run, Channels, inputs, outputs, frames);
+            delay::runChannelsSse2<TapPass, Accumulate>(run, Channels, inputs, outputs, frames);
         writePos_ = run.writePos;
         tapReadPos_ = run.tapPos;
         return;
