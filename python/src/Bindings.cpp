@@ -4,6 +4,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <tuple>
 #include <vector>
 
@@ -68,6 +69,8 @@ class Claims {
 public:
     explicit Claims(const std::vector<EffectCore*>& chain) {
         for (EffectCore* effect : chain) {
+            // An effect may appear twice in a chain; it is claimed once.
+            if (std::find(held_.begin(), held_.end(), effect) != held_.end()) continue;
             if (!effect->claim()) {
                 releaseAll();
                 throw std::runtime_error("the effect '" + effect->identifier() +
