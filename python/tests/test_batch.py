@@ -69,9 +69,10 @@ def test_two_workers_render_like_single_renders(cluster, tmp_path):
         render_files(paths[:3], CHAIN, str(tmp_path / "out"), client=cluster)
 
 
-class KillOnce(distributed.WorkerPlugin):
-    """Kills its worker process once, a moment after a task starts there, the `after`-th task the
-    worker runs; the first worker to get there claims the kill with a marker file."""
+class KillMidWrite(distributed.WorkerPlugin):
+    """Kills its worker process with SIGKILL while the worker holds a half-written hidden output open,
+    once its `after`-th task has started; the first worker to get there claims the kill with a marker
+    file and writes the hidden file's name into it."""
 
     def __init__(self, marker, after):
         self.marker, self.after, self.started = marker, after, 0
@@ -83,20 +84,38 @@ class KillOnce(distributed.WorkerPlugin):
         if self.started != self.after:
             return
         try:
-            os.close(os.open(self.marker, os.O_CREAT | os.O_EXCL | os.O_WRONLY))
+            claim = os.open(self.marker, os.O_CREAT | os.O_EXCL | os.O_WRONLY)
         except FileExistsError:
             return
         import threading
-        # Mid-task: the render is reading, processing or writing its hidden file by then.
-        threading.Timer(0.002, os.kill, (os.getpid(), signal.SIGKILL)).start()
+        threading.Thread(target=self._kill_while_writing, args=(claim,), daemon=True).start()
+
+    @staticmethod
+    def _kill_while_writing(claim):
+        import time
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline:
+            for descriptor in os.listdir("/proc/self/fd"):
+                try:
+                    target = os.readlink(f"/proc/self/fd/{descriptor}")
+                except OSError:
+                    continue
+                if ".afx-" in os.path.basename(target):
+                    os.write(claim, target.encode())
+                    os.fsync(claim)
+                    os.kill(os.getpid(), signal.SIGKILL)
+            time.sleep(0.0002)
 
 
-def test_a_worker_killed_mid_run_loses_no_file(cluster, tmp_path):
+def test_a_worker_killed_mid_write_loses_no_file(cluster, tmp_path):
     paths = make_inputs(str(tmp_path / "in"))
     marker = str(tmp_path / "killed")
     workers_before = set(cluster.scheduler_info()["workers"])
-    cluster.register_worker_plugin(KillOnce(marker, after=40), name="kill-once")
+    cluster.register_worker_plugin(KillMidWrite(marker, after=40), name="kill-mid-write")
     outputs = render_files(paths, CHAIN, str(tmp_path / "out"), client=cluster)
-    assert os.path.exists(marker), "no worker was killed"
+    with open(marker) as killed:
+        half_written = killed.read()
+    assert half_written.startswith(str(tmp_path / "out" / ".clip")), "no worker was killed while writing"
+    assert not os.path.exists(half_written)
     assert set(cluster.scheduler_info()["workers"]) != workers_before, "the killed worker was not replaced"
     assert_outputs_equal_single_renders(paths, outputs, str(tmp_path / "single"))
