@@ -14,10 +14,14 @@ SHIPPED_LIBRARIES = ("libAudioFilters.so", "libAudioFiltersPlatform.so")
 
 class CMakeBuild(build_ext):
     def build_extension(self, extension):
-        folder = os.path.join(PROJECT, "build-python")
-        configure = ["cmake", "-S", PROJECT, "-B", folder, "-DCMAKE_BUILD_TYPE=Release", "-DAF_BUILD_TESTS=OFF",
-                     "-DAF_BUILD_BENCH=OFF", "-DAF_BUILD_PYTHON=ON", f"-DPYTHON_EXECUTABLE={sys.executable}"]
-        subprocess.run(configure, check=True)
+        # AF_CMAKE_BUILD names a build folder configured already (the test command's): only the package is
+        # brought up to date there. Otherwise a Release build of its own goes to build-python/.
+        folder = os.environ.get("AF_CMAKE_BUILD")
+        if not folder:
+            folder = os.path.join(PROJECT, "build-python")
+            configure = ["cmake", "-S", PROJECT, "-B", folder, "-DCMAKE_BUILD_TYPE=Release", "-DAF_BUILD_TESTS=OFF",
+                         "-DAF_BUILD_BENCH=OFF", "-DAF_BUILD_PYTHON=ON", f"-DPYTHON_EXECUTABLE={sys.executable}"]
+            subprocess.run(configure, check=True)
         jobs = os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count() or 2))
         subprocess.run(["cmake", "--build", folder, "-j", jobs, "--target", "audiofilters_python"], check=True)
         built = os.path.join(folder, "python", "audiofilters")

@@ -36,7 +36,8 @@ build-clang/bin/af_tests --gtest_brief=1
 echo "== The Python package installed by pip from ./python (Debian's packages only, nothing downloaded)"
 rm -rf build-python-venv
 /usr/bin/python3 -m venv --system-site-packages build-python-venv
-build-python-venv/bin/pip install --quiet --no-build-isolation --no-index ./python >build-python-pip.log 2>&1 ||
+AF_CMAKE_BUILD="$PWD/build" build-python-venv/bin/pip install --quiet --no-build-isolation --no-index ./python \
+  >build-python-pip.log 2>&1 ||
   { cat build-python-pip.log; exit 1; }
 build-python-venv/bin/python -c 'import audiofilters, sys; sys.exit("build-python-venv" not in audiofilters.__file__)'
 (cd python/tests && AF_BIN="$PWD/../../build/bin" ../../build-python-venv/bin/python -m pytest -q -p no:cacheprovider \
