@@ -158,6 +158,18 @@ TEST(DisplayTextsRandom, StringToolsAgreeWithTheirDefinition) {
     for (const Tally* tally : {&floats, &decibels, &hertz, &millis}) tally->report(seed);
 }
 
+// A level whose single-precision logarithm ends one digit high: the stored
+// gain 2p is 1.771134853363037, its double logarithm 0.24825162942 rounds to
+// the float 0.24825163185596466, times 20 the float 4.965032577514648, shown
+// as 4.965032 (the float logarithm gives 4.965033).
+TEST(DisplayTextsRandom, VolumeShowsTheDoubleLogarithmRoundedOnce) {
+    auto fx = aftest::HostEffect::Create("Internal Volume 5.1");
+    ASSERT_TRUE(fx);
+    fx->start(48000.0f, 512);
+    fx->setParameter(0, 0.8855674266815186f);
+    EXPECT_EQ(fx->parameterDisplay(0), "4.965032");
+}
+
 // The mapping of parameter `index` of a family, by the family's name in the
 // registered identifier.
 const displayref::Mapping* mappingFor(const std::string& family, int index) {
