@@ -15,6 +15,8 @@
 #include <optional>
 #include <string>
 
+#include "tests/filters/CutFilterReference.h"
+
 namespace displayref {
 
 inline constexpr float kSilenceDb = -999.0f;
@@ -132,35 +134,16 @@ inline const Mapping kPercent{[](float p, float) { return float2string(f(static_
                               [](float p, float) { return f(static_cast<double>(p) * 100.0); },
                               [](float d, float) { return f(static_cast<double>(d) / 100.0); }};
 
-// ---- filters. The cutoff's square law uses 0.99 and 0.000416666 as floats
-// where the definition says so, the Parametric EQ's its doubles as written.
-inline constexpr double kSpanFloat = static_cast<double>(0.99f);
-inline constexpr double kFloorFloat = static_cast<double>(0.000416666f);
+// ---- filters: the cutoff and Q mappings of the filters' own transcription;
+// the Parametric EQ's constants are its doubles as written.
 inline constexpr double kFloorDouble = 0.000416666;
 
-inline float cutoffHz(float p, float sampleRate) {
-    const double pd = p;
-    return f((pd * pd * kSpanFloat + kFloorDouble) * static_cast<double>(sampleRate) * 0.5);
-}
+inline const Mapping kCutoff{[](float p, float rate) { return float2string(cutref::forwardHz(p, rate)); },
+                             cutref::forwardHz, cutref::inverseHz};
 
-inline const Mapping kCutoff{
-    [](float p, float rate) { return float2string(cutoffHz(p, rate)); }, cutoffHz, [](float hz, float rate) {
-        float r = f(2.0 * static_cast<double>(hz) / static_cast<double>(rate));
-        r = f(static_cast<double>(r) - kFloorFloat);
-        float t = f(static_cast<double>(r) / kSpanFloat);
-        if (t < 0.0f) t = 0.0f;
-        if (t > 1.0f) t = 1.0f;
-        return f(std::sqrt(static_cast<double>(t)));
-    }};
-
-inline float sectionQ(float q, float) { return f(static_cast<double>(q) * q * 9.9 + 0.1); }
-
-inline const Mapping kSectionQ{[](float q, float rate) { return float2string(sectionQ(q, rate)); }, sectionQ,
-                               [](float d, float) {
-                                   const float x = f((static_cast<double>(d) - static_cast<double>(0.1f)) /
-                                                     static_cast<double>(9.9f));
-                                   return f(std::sqrt(static_cast<double>(x)));
-                               }};
+inline const Mapping kSectionQ{[](float q, float) { return float2string(cutref::shownQ(q)); },
+                               [](float q, float) { return cutref::shownQ(q); },
+                               [](float d, float) { return cutref::qParameter(d); }};
 
 inline float eqCenterHz(float p, float rate) {
     const double pd = p;
