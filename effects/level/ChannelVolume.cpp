@@ -1,7 +1,7 @@
 #include "ChannelVolume.h"
 
 #include <array>
-#include <cmath>
+#include "Math.h"
 #include <new>
 
 #include "Numeric.h"
@@ -185,7 +185,7 @@ float AudioChannelEnvelope::ConvertDisplayValueToParameter(unsigned index, float
     (void)index;
     if (displayValue == kSilenceDb) return 0.0f;
     const double exponent = static_cast<double>(displayValue) / kTwentyDb;
-    return toFloat(kHalf * std::pow(kTen, exponent));
+    return toFloat(kHalf * math::pow(kTen, exponent));
 }
 
 // dB = 20 log10(2 x level); silence shows as the floor.
@@ -193,7 +193,7 @@ float AudioChannelEnvelope::ConvertParameterValueToDisplay(unsigned index, float
     (void)index;
     if (parameterValue == 0.0f) return kSilenceDb;
     const double gain = kTwo * static_cast<double>(parameterValue);
-    return toFloat(kTwentyDb * std::log10(gain));
+    return toFloat(kTwentyDb * math::log10(gain));
 }
 
 bool AudioChannelEnvelope::HasHistory() { return false; }

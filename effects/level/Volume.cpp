@@ -1,7 +1,7 @@
 #include "Volume.h"
 
 #include <array>
-#include <cmath>
+#include "Math.h"
 #include <new>
 
 #include <immintrin.h>
@@ -159,7 +159,7 @@ float AudioEnvelope::ConvertDisplayValueToParameter(unsigned index, float displa
     // Only the floor itself means silence; anything below it goes through the formula.
     if (displayValue == kSilenceDecibels) return 0.0f;
     const float exponent = toFloat(static_cast<double>(displayValue) / kTwenty);
-    const float gain = toFloat(std::pow(kTen, static_cast<double>(exponent)));
+    const float gain = toFloat(math::pow(kTen, static_cast<double>(exponent)));
     return gain * kHalf;
 }
 
@@ -167,7 +167,7 @@ float AudioEnvelope::ConvertParameterValueToDisplay(unsigned index, float parame
     if (!isLevel(index)) return 0.0f;
     if (parameterValue == 0.0f) return kSilenceDecibels;
     const float gain = parameterValue + parameterValue;
-    const float logGain = toFloat(std::log10(static_cast<double>(gain)));
+    const float logGain = toFloat(math::log10(static_cast<double>(gain)));
     return toFloat(kTwenty * static_cast<double>(logGain));
 }
 
