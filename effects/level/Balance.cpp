@@ -4,9 +4,8 @@
 #include <new>
 
 #include "Numeric.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 
@@ -149,11 +148,6 @@ float AudioBalance::ConvertDisplayValueToParameter(unsigned index, float display
 float AudioBalance::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
     if (!isBalance(index)) return 0.0f;
     return toFloat(toDisplay(parameterValue));
-}
-
-AudioEffect* createBalance(unsigned channels, audioMasterCallback audioMaster) {
-    if (channels != 2) return nullptr;
-    return new (std::nothrow) AudioBalance(audioMaster);
 }
 
 }  // namespace AF

@@ -6,9 +6,8 @@
 
 #include "Numeric.h"
 #include "NumberedName.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 
@@ -211,21 +210,6 @@ AudioChannelEnvelope6::AudioChannelEnvelope6(audioMasterCallback audioMaster)
 AudioChannelEnvelope16::AudioChannelEnvelope16(audioMasterCallback audioMaster)
     : AudioChannelEnvelope(16, audioMaster) {
     configureVariant(*this, 16, fourCharCode("AE16"));
-}
-
-// Stereo, 5.1 and 16 channels are offered to hosts.
-AudioEffect* createChannelVolume(unsigned channels, audioMasterCallback audioMaster) {
-    try {
-        switch (channels) {
-            case 2: return new (std::nothrow) AudioChannelEnvelope2(audioMaster);
-            case 6: return new (std::nothrow) AudioChannelEnvelope6(audioMaster);
-            case 16: return new (std::nothrow) AudioChannelEnvelope16(audioMaster);
-            default: return nullptr;
-        }
-    } catch (...) {
-        // The level vectors could not be allocated.
-        return nullptr;
-    }
 }
 
 }  // namespace AF

@@ -9,8 +9,7 @@
 #include "SampleGroups.h"
 #include "effects/filters/VectorPath.h"
 
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -120,16 +119,5 @@ AF_INVERT_VARIANT(AudioInvert6, 6, "AIn6")
 AF_INVERT_VARIANT(AudioInvert16, 16, "AI16")
 
 #undef AF_INVERT_VARIANT
-
-// Four channels are not offered to hosts.
-AudioEffect* createInvert(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioInvert1(audioMaster);
-        case 2: return new (std::nothrow) AudioInvert2(audioMaster);
-        case 6: return new (std::nothrow) AudioInvert6(audioMaster);
-        case 16: return new (std::nothrow) AudioInvert16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

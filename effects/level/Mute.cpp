@@ -6,9 +6,8 @@
 #include <new>
 
 #include "NumberedName.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 
@@ -171,16 +170,6 @@ AudioMute6::AudioMute6(audioMasterCallback audioMaster) : AudioMute(6, audioMast
 
 AudioMute16::AudioMute16(audioMasterCallback audioMaster) : AudioMute(16, audioMaster) {
     configureVariant(*this, 16, fourCharCode("AM16"));
-}
-
-AudioEffect* createMute(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioMute1(audioMaster);
-        case 2: return new (std::nothrow) AudioMute2(audioMaster);
-        case 6: return new (std::nothrow) AudioMute6(audioMaster);
-        case 16: return new (std::nothrow) AudioMute16(audioMaster);
-        default: return nullptr;
-    }
 }
 
 }  // namespace AF

@@ -6,9 +6,8 @@
 
 #include <immintrin.h>
 
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 #include "effects/filters/VectorPath.h"
 #include "Numeric.h"
 #include "SampleGroups.h"
@@ -187,16 +186,6 @@ AudioEnvelope6::AudioEnvelope6(audioMasterCallback audioMaster) : AudioEnvelope(
 
 AudioEnvelope16::AudioEnvelope16(audioMasterCallback audioMaster) : AudioEnvelope(16, audioMaster) {
     configureVariant(*this, 16, fourCharCode("AE16"));
-}
-
-AudioEffect* createVolume(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioEnvelope1(audioMaster);
-        case 2: return new (std::nothrow) AudioEnvelope2(audioMaster);
-        case 6: return new (std::nothrow) AudioEnvelope6(audioMaster);
-        case 16: return new (std::nothrow) AudioEnvelope16(audioMaster);
-        default: return nullptr;
-    }
 }
 
 }  // namespace AF
