@@ -1,7 +1,6 @@
 #include "Invert.h"
 
 #include <cstdint>
-#include <new>
 #include <type_traits>
 
 #include <immintrin.h>
@@ -9,7 +8,6 @@
 #include "SampleGroups.h"
 #include "effects/filters/VectorPath.h"
 
-#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -100,24 +98,31 @@ void invertChannels(float** inputs, float** outputs, VstInt32 sampleFrames) noex
 
 }  // namespace
 
-#define AF_INVERT_VARIANT(ClassName, channelCount, code)                                        \
-    ClassName::ClassName(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, 0, 0) {   \
-        configureVariant(*this, channelCount, fourCharCode(code));                              \
-    }                                                                                           \
-    void ClassName::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {  \
-        invertChannels<channelCount, Replace>(inputs, outputs, sampleFrames);                   \
-    }                                                                                           \
-    void ClassName::process(float** inputs, float** outputs, VstInt32 sampleFrames) {           \
-        invertChannels<channelCount, Accumulate>(inputs, outputs, sampleFrames);                \
-    }                                                                                           \
-    bool ClassName::HasHistory() { return false; }
+template <unsigned Channels>
+InvertChannels<Channels>::InvertChannels(unsigned channels, audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, 0, 0) {
+    (void)channels;
+}
 
-AF_INVERT_VARIANT(AudioInvert1, 1, "AIn1")
-AF_INVERT_VARIANT(AudioInvert2, 2, "AIn2")
-AF_INVERT_VARIANT(AudioInvert4, 4, "AIn4")
-AF_INVERT_VARIANT(AudioInvert6, 6, "AIn6")
-AF_INVERT_VARIANT(AudioInvert16, 16, "AI16")
+template <unsigned Channels>
+void InvertChannels<Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    invertChannels<Channels, Replace>(inputs, outputs, sampleFrames);
+}
 
-#undef AF_INVERT_VARIANT
+template <unsigned Channels>
+void InvertChannels<Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    invertChannels<Channels, Accumulate>(inputs, outputs, sampleFrames);
+}
+
+template <unsigned Channels>
+bool InvertChannels<Channels>::HasHistory() {
+    return false;
+}
+
+template class InvertChannels<1>;
+template class InvertChannels<2>;
+template class InvertChannels<4>;
+template class InvertChannels<6>;
+template class InvertChannels<16>;
 
 }  // namespace AF

@@ -6,7 +6,6 @@
 #include <new>
 
 #include "NumberedName.h"
-#include "effects/family/FamilyShape.h"
 #include "effects/family/Localized.h"
 
 namespace AF {
@@ -155,21 +154,5 @@ float AudioMute::ConvertParameterValueToDisplay(unsigned index, float parameterV
 }
 
 bool AudioMute::HasHistory() { return false; }
-
-AudioMute1::AudioMute1(audioMasterCallback audioMaster) : AudioMute(1, audioMaster) {
-    configureVariant(*this, 1, fourCharCode("AMn1"));
-}
-
-AudioMute2::AudioMute2(audioMasterCallback audioMaster) : AudioMute(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("AMn2"));
-}
-
-AudioMute6::AudioMute6(audioMasterCallback audioMaster) : AudioMute(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("AMn6"));
-}
-
-AudioMute16::AudioMute16(audioMasterCallback audioMaster) : AudioMute(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AM16"));
-}
 
 }  // namespace AF
