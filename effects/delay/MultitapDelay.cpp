@@ -6,9 +6,8 @@
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
 #include "effects/filters/VectorPath.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 namespace {
@@ -496,15 +495,5 @@ void AudioMultitapDelay6::process(float** in, float** out, VstInt32 n) { render<
 void AudioMultitapDelay6::processReplacing(float** in, float** out, VstInt32 n) { render<6, false>(in, out, n); }
 void AudioMultitapDelay16::process(float** in, float** out, VstInt32 n) { render<16, true>(in, out, n); }
 void AudioMultitapDelay16::processReplacing(float** in, float** out, VstInt32 n) { render<16, false>(in, out, n); }
-
-AudioEffect* createMultitapDelay(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return delay::makeVariant<AudioMultitapDelay1>(audioMaster);
-        case 2: return delay::makeVariant<AudioMultitapDelay2>(audioMaster);
-        case 6: return delay::makeVariant<AudioMultitapDelay6>(audioMaster);
-        case 16: return delay::makeVariant<AudioMultitapDelay16>(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "MF/Constants.h"
-#include "host/Factory.h"
 
 namespace AF {
 
@@ -221,15 +220,5 @@ AudioParametricEQ6::AudioParametricEQ6(audioMasterCallback audioMaster) : EqVari
 AudioParametricEQ6::~AudioParametricEQ6() = default;
 AudioParametricEQ16::AudioParametricEQ16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
 AudioParametricEQ16::~AudioParametricEQ16() = default;
-
-AudioEffect* createParametricEQ(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioParametricEQ1(audioMaster);
-        case 2: return new (std::nothrow) AudioParametricEQ2(audioMaster);
-        case 6: return new (std::nothrow) AudioParametricEQ6(audioMaster);
-        case 16: return new (std::nothrow) AudioParametricEQ16(audioMaster);
-        default: return nullptr;  // the four-channel variant is never registered
-    }
-}
 
 }  // namespace AF

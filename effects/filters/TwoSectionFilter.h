@@ -15,7 +15,7 @@
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "CutoffMapping.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"

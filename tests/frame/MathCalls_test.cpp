@@ -2,7 +2,7 @@
 // whose functions take and return double only. A direct call such as
 // std::log10(x) with a float x picks the single-precision overload and can
 // change the last digit of a text or a coefficient; this test reads the
-// module's sources (frame/, host/, effects/, platform/) and fails on any
+// module's sources (frame/, module/, effects/, platform/) and fails on any
 // direct call of a <cmath> function outside Math.h.
 #include <gtest/gtest.h>
 
@@ -99,7 +99,7 @@ TEST(MathCalls, TheModuleCallsMathematicsOnlyThroughTheDoubleFunctions) {
     ASSERT_TRUE(fs::is_regular_file(root / "frame" / "Math.h")) << root;
     std::vector<std::string> found;
     int scanned = 0;
-    for (const char* folder : {"frame", "host", "effects", "platform"}) {
+    for (const char* folder : {"frame", "module", "effects", "platform"}) {
         ASSERT_TRUE(fs::is_directory(root / folder)) << (root / folder);
         for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
             if (!entry.is_regular_file() || !isSource(entry.path())) continue;
