@@ -119,3 +119,9 @@ def test_a_worker_killed_mid_write_loses_no_file(cluster, tmp_path):
     assert not os.path.exists(half_written)
     assert set(cluster.scheduler_info()["workers"]) != workers_before, "the killed worker was not replaced"
     assert_outputs_equal_single_renders(paths, outputs, str(tmp_path / "single"))
+
+
+def test_without_a_client_a_local_cluster_is_started_for_the_batch(tmp_path):
+    paths = make_inputs(str(tmp_path / "in"))[:6]
+    outputs = render_files(paths, CHAIN, str(tmp_path / "out"))
+    assert_outputs_equal_single_renders(paths, outputs, str(tmp_path / "single"))
