@@ -17,8 +17,8 @@ _CHUNK_SAMPLES = 65536
 # The integer sample formats whose samples are rounded to the nearest step and clipped here.
 _INTEGER_BITS = {"PCM_S8": 8, "PCM_U8": 8, "PCM_16": 16, "PCM_24": 24, "PCM_32": 32}
 
-EffectSpec = Union[str, tuple, Effect]
-ChainLike = Union[Effect, Chain, str, Sequence[EffectSpec]]
+EffectLike = Union[str, tuple, Effect]
+ChainLike = Union[Effect, Chain, str, Sequence[EffectLike]]
 
 
 def chain_for(chain: ChainLike, channels: int, sample_rate: float, block_size: int = DEFAULT_BLOCK_SIZE) -> Chain:
@@ -33,19 +33,19 @@ def chain_for(chain: ChainLike, channels: int, sample_rate: float, block_size: i
     if isinstance(chain, Chain):
         chain = list(chain)
     links = []
-    for spec in chain:
-        if isinstance(spec, Effect):
-            links.append(spec.configured(channels, sample_rate, block_size))
-        elif isinstance(spec, str):
-            links.append(Effect(spec, channels, sample_rate, block_size=block_size))
-        elif isinstance(spec, tuple) and len(spec) == 2 and isinstance(spec[0], str) and isinstance(spec[1], dict):
-            effect = Effect(spec[0], channels, sample_rate, block_size=block_size)
-            for key, value in spec[1].items():
+    for item in chain:
+        if isinstance(item, Effect):
+            links.append(item.configured(channels, sample_rate, block_size))
+        elif isinstance(item, str):
+            links.append(Effect(item, channels, sample_rate, block_size=block_size))
+        elif isinstance(item, tuple) and len(item) == 2 and isinstance(item[0], str) and isinstance(item[1], dict):
+            effect = Effect(item[0], channels, sample_rate, block_size=block_size)
+            for key, value in item[1].items():
                 effect.set(key, value)
             links.append(effect)
         else:
             raise TypeError(f"an effect is given as an Effect, a name or (name, {{parameter: value}}), "
-                            f"not {spec!r}")
+                            f"not {item!r}")
     return Chain(links)
 
 
