@@ -27,10 +27,10 @@ flags=(-std=c++20 -g -O1 -ffp-contract=off -fno-fast-math -fno-omit-frame-pointe
        -Iplatform/include -Iframe -Ihost -I. -Ifuzz)
 
 # Compile the module's sources once; again when a source or any header is newer.
-newest_header=$(find platform frame host effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
+newest_header=$(find platform frame host effects hostkit -name '*.h' -printf '%T@\n' | sort -n | tail -1)
 objects=()
 stale=()
-for source in platform/src/*.cpp frame/*.cpp host/*.cpp effects/*/*.cpp; do
+for source in platform/src/*.cpp frame/*.cpp host/*.cpp effects/*/*.cpp hostkit/*.cpp; do
   object="$out/obj/${source//\//_}.o"
   objects+=("$object")
   if [[ ! -f $object ]] || [[ $source -nt $object ]] ||
