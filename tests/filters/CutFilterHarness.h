@@ -18,6 +18,7 @@
 #include "effects/filters/Bandreject.h"
 #include "effects/filters/Highpass.h"
 #include "effects/filters/Lowpass.h"
+#include "support/Bits.h"
 
 namespace cuttest {
 
@@ -123,7 +124,7 @@ inline Buffers taggedSignal(unsigned channels, std::size_t frames, std::uint32_t
     return b;
 }
 
-inline std::uint32_t bits(float v) { return std::bit_cast<std::uint32_t>(v); }
+using aftest::bits;
 // Exact comparison by bit pattern (so -0 and +0 differ, as the offset rule
 // makes them); any NaN matches any NaN.
 inline bool sameFloat(float a, float b) { return (std::isnan(a) && std::isnan(b)) || bits(a) == bits(b); }

@@ -15,13 +15,14 @@
 #include "AEffect.h"
 #include "Opcodes.h"
 #include "plinth/config/Localizer.h"
+#include "support/Bits.h"
 
 namespace level_test {
 
 // Exact float comparisons go through the bit pattern: a gain of 1 must leave
 // every sample bit-identical, -0.0 must stay distinct from +0.0, and NaNs must
 // compare equal to themselves.
-inline std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 // The frame counts every processing test runs through: empty, single, short of
 // one unrolled pass, one pass, one pass plus a remainder, and a host block.
