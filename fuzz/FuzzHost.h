@@ -13,7 +13,7 @@
 
 #include "ML/VSTAudioFilterRegistry.h"
 #include "Opcodes.h"
-#include "host/Startup.h"
+#include "module/Startup.h"
 #include "hostkit/Effect.h"
 
 namespace affuzz {
