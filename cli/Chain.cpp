@@ -10,11 +10,6 @@
 namespace afx {
 namespace {
 
-constexpr VstInt32 kOpen = 0;
-constexpr VstInt32 kSetSampleRate = 10;
-constexpr VstInt32 kSetBlockSize = 11;
-constexpr VstInt32 kMainsChanged = 12;
-
 std::string shortNumber(float value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.7g", static_cast<double>(value));
@@ -100,10 +95,7 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
     // The host's life cycle: open, sample rate, block size, resume, parameters.
     for (Link& link : links_) {
         const Effect& effect = *link.effect;
-        effect.dispatch(kOpen);
-        effect.dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
-        effect.dispatch(kSetBlockSize, 0, blockSize);
-        effect.dispatch(kMainsChanged, 0, 1);
+        effect.start(static_cast<float>(sampleRate), blockSize);
     }
     running_ = true;
     try {
@@ -144,7 +136,7 @@ void Chain::process(float** channels, int frames) const {
 void Chain::finish() {
     if (!running_) return;
     running_ = false;
-    for (const Link& link : links_) link.effect->dispatch(kMainsChanged, 0, 0);
+    for (const Link& link : links_) link.effect->suspend();
 }
 
 }  // namespace afx

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Opcodes.h"
 #include "Validator.h"
 
 namespace afv::detail {
@@ -102,8 +103,8 @@ public:
                            float opt = 0.0f);
     void start(float sampleRate, int blockSize);  // open, rate, block size, resume
     void setSampleRate(float rate);
-    void suspend() { dispatch(12, 0, 0); }
-    void resume() { dispatch(12, 0, 1); }
+    void suspend() { dispatch(effMainsChanged, 0, 0); }
+    void resume() { dispatch(effMainsChanged, 0, 1); }
     void close();
 
     void setParameter(std::int32_t index, float value);

@@ -1,21 +1,13 @@
 #include "ValidateCommand.h"
 
-#include <dlfcn.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
-#include "AudioEffect.h"
-#include "ML/VSTAudioFilterRegistry.h"
+#include "hostkit/Module.h"
 
 namespace afv {
 namespace {
-
-// The exported start-up function by its mangled name: void AF::Startup().
-constexpr const char* kStartupSymbol = "_ZN2AF7StartupEv";
-constexpr const char* kModuleFile = "libAudioFilters.so";
 
 bool parseNumber(const std::string& text, long long low, long long high, long long& value) {
     char* end = nullptr;
@@ -39,41 +31,23 @@ std::string validateUsage() {
            "  --timeout seconds after which a check counts as stalled (default 60 + 30 x level)\n";
 }
 
-std::string defaultModulePath() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-    if (length <= 0) return kModuleFile;
-    std::string self(path, static_cast<std::size_t>(length));
-    const std::size_t slash = self.rfind('/');
-    return (slash == std::string::npos ? std::string() : self.substr(0, slash + 1)) + kModuleFile;
-}
+std::string defaultModulePath() { return hostkit::moduleBeside(reinterpret_cast<const void*>(&parseNumber)); }
 
 std::vector<EffectMaker> loadModuleEffects(const std::string& path, std::string& error) {
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        const char* why = dlerror();
-        error = "cannot load " + path + ": " + (why ? why : "unknown reason");
+    const hostkit::Module module = hostkit::Module::Load(path);
+    if (!module.loaded()) {
+        error = module.error();
         return {};
     }
-    auto startup = reinterpret_cast<void (*)()>(dlsym(handle, kStartupSymbol));
-    if (startup == nullptr) {
-        error = path + " does not export AF::Startup";
-        return {};
-    }
-    // Only this module's registrations count: whatever the process held is dropped.
-    ML::VSTAudioFilterRegistry::Clear();
-    startup();
     std::vector<EffectMaker> effects;
-    for (const auto& registration : ML::VSTAudioFilterRegistry::Registrations()) {
-        const Ordo::ImmutableString id = registration.id;
-        const ML::VSTAudioFilterRegistry::Factory factory = registration.factory;
+    for (const hostkit::Registration& registration : module.registrations()) {
         EffectMaker maker;
-        maker.identifier = id.c_str();
-        maker.make = [id, factory](audioMasterCallback master, ML::VSTPropertySupportMixin** properties) -> AEffect* {
-            *properties = nullptr;
-            if (factory == nullptr) return nullptr;
-            AudioEffect* effect = factory(id, master, properties);
-            return effect == nullptr ? nullptr : effect->getAeffect();
+        maker.identifier = registration.id.c_str();
+        // The validator owns the records it is given: the handle lets go of them.
+        maker.make = [registration](audioMasterCallback master, ML::VSTPropertySupportMixin** properties) {
+            hostkit::Effect effect = hostkit::createEffect(registration, master);
+            *properties = effect.properties();
+            return effect.release();
         };
         effects.push_back(std::move(maker));
     }

@@ -9,15 +9,10 @@
 #include "EffectNames.h"
 #include "Errors.h"
 #include "LoadedModule.h"
+#include "Opcodes.h"
 
 namespace audiofilters {
 namespace {
-
-constexpr VstInt32 kOpen = 0;
-constexpr VstInt32 kSetSampleRate = 10;
-constexpr VstInt32 kSetBlockSize = 11;
-constexpr VstInt32 kMainsChanged = 12;
-constexpr VstInt32 kGetTailSize = 52;
 
 std::string number(double value) {
     char text[40];
@@ -49,16 +44,14 @@ EffectCore::EffectCore(const std::string& name, unsigned channels, double sample
                               "; name the family instead to get the matching variant");
     if (effect_->inputCount() > kMaxChannels || effect_->inputCount() != effect_->outputCount())
         throw afx::RunError("'" + identifier_ + "' has a channel layout this package cannot drive");
-    effect_->dispatch(kOpen);
-    effect_->dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
-    effect_->dispatch(kSetBlockSize, 0, blockSize);
-    effect_->dispatch(kMainsChanged, 0, 1);
+    effect_->start(static_cast<float>(sampleRate), blockSize);
 }
 
-EffectCore::~EffectCore() { effect_->dispatch(kMainsChanged, 0, 0); }
+// Suspended here; the handle then sends the close request.
+EffectCore::~EffectCore() { effect_->suspend(); }
 
 int EffectCore::latency() const { return effect_->record()->initialDelay; }
-int EffectCore::tail() const { return static_cast<int>(effect_->dispatch(kGetTailSize)); }
+int EffectCore::tail() const { return static_cast<int>(effect_->dispatch(effGetTailSize)); }
 
 void EffectCore::checkIndex(int index) const {
     if (index < 0 || index >= parameterCount())
@@ -148,8 +141,8 @@ float EffectCore::setDisplayValue(int index, double value) {
 }
 
 void EffectCore::reset() {
-    effect_->dispatch(kMainsChanged, 0, 0);
-    effect_->dispatch(kMainsChanged, 0, 1);
+    effect_->suspend();
+    effect_->resume();
 }
 
 void EffectCore::process(float* samples, std::ptrdiff_t rowStride, std::ptrdiff_t frames, int blockSize) {

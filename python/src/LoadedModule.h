@@ -8,7 +8,8 @@
 
 namespace audiofilters {
 
-// The folder the extension was loaded from; the module and the platform library live there.
+// The folder the extension was loaded from, with a trailing slash; the module
+// and the platform library live there.
 std::string packageFolder();
 
 // The loaded module; loads it on the first call. Throws afx::RunError when it cannot be loaded.
