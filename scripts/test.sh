@@ -50,4 +50,4 @@ ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:ha
 echo "== Fuzzing: each target for 60 seconds"
 bash fuzz/run.sh 60
 
-echo "All tests passed (Release, scalar, address/UB and thread sanitizers, clang, validator, fuzzers)."
+echo "All tests passed (Release with the Python package, pip install, scalar, address/UB and thread sanitizers, clang, validator, fuzzers)."
