@@ -21,6 +21,25 @@ std::string shortNumber(float value) {
     return text;
 }
 
+// What to use instead of `identifier` for audio of `channels` channels.
+std::string fittingVariants(const ModuleHost& host, const std::string& identifier, unsigned channels) {
+    for (const Family& family : families()) {
+        const std::vector<unsigned> counts = familyChannelCounts(host, family);
+        bool ofThisFamily = false;
+        for (unsigned count : counts) ofThisFamily |= equalsIgnoringCase(familyIdentifier(family, count), identifier);
+        if (!ofThisFamily) continue;
+        const std::string fitting = familyIdentifier(family, channels);
+        if (!fitting.empty() && host.find(fitting) != nullptr)
+            return "use '" + fitting + "' (or the family name '" + family.name + "')";
+        std::string list;
+        for (unsigned count : counts)
+            list += (list.empty() ? "" : ", ") + familyIdentifier(family, count) + " (" + std::to_string(count) + ")";
+        return std::string("no variant of '") + family.name + "' takes " + std::to_string(channels) +
+               " channels; it has " + list;
+    }
+    return "no variant of it is registered for " + std::to_string(channels) + " channels";
+}
+
 std::string parameterList(const Effect& effect) {
     if (effect.parameterCount() == 0) return "it has no parameters";
     std::string text = "its parameters are";
@@ -31,26 +50,61 @@ std::string parameterList(const Effect& effect) {
 
 }  // namespace
 
+namespace {
+
+// A parameter name as the user may type it: no blanks, any case ("delay1" is "Delay 1").
+std::string nameKey(const std::string& name) {
+    std::string key;
+    for (char c : toLower(name))
+        if (c != ' ' && c != '\t') key += c;
+    return key;
+}
+
+// The name as -p takes it back: "Level 4#2" for the second of two "Level 4".
+std::string spelledName(const Effect& effect, int index) {
+    const std::string name = trimBlanks(effect.parameterName(index));
+    int before = 0;
+    int all = 0;
+    for (int other = 0; other < effect.parameterCount(); ++other)
+        if (nameKey(effect.parameterName(other)) == nameKey(name)) {
+            ++all;
+            if (other < index) ++before;
+        }
+    return all > 1 ? name + "#" + std::to_string(before + 1) : name;
+}
+
+}  // namespace
+
 int findParameter(const Effect& effect, const std::string& identifier, const std::string& text) {
     const std::string wanted = trimBlanks(text);
     const bool numeric = !wanted.empty() && wanted.find_first_not_of("0123456789") == std::string::npos;
     if (numeric) {
         const long index = parseInteger(wanted, "a parameter index");
         if (index >= 0 && index < effect.parameterCount()) return static_cast<int>(index);
-    } else {
-        // Two parameters may carry one name (the multitap delay's third and
-        // fourth tap levels both read "Level 4"): then only the index will do.
-        std::vector<int> matches;
-        for (int index = 0; index < effect.parameterCount(); ++index)
-            if (equalsIgnoringCase(trimBlanks(effect.parameterName(index)), wanted)) matches.push_back(index);
-        if (matches.size() == 1) return matches.front();
-        if (matches.size() > 1) {
-            std::string indices;
-            for (std::size_t i = 0; i < matches.size(); ++i)
-                indices += (i == 0 ? "" : (i + 1 == matches.size() ? " and " : ", ")) + std::to_string(matches[i]);
-            throw UsageError("'" + identifier + "' has several parameters named '" + wanted + "' (indices " +
-                             indices + "); give the index instead");
-        }
+        throw UsageError("'" + identifier + "' has no parameter '" + text + "'; " + parameterList(effect));
+    }
+    // Two parameters may carry one name (the multitap delay's third and fourth
+    // tap levels both read "Level 4"): "NAME#N" is the N-th of them, from 1.
+    std::string name = wanted;
+    long occurrence = 0;
+    const std::size_t hash = wanted.rfind('#');
+    if (hash != std::string::npos) {
+        name = wanted.substr(0, hash);
+        occurrence = parseInteger(wanted.substr(hash + 1), "the number after '#' in '" + wanted + "'");
+    }
+    std::vector<int> matches;
+    for (int index = 0; index < effect.parameterCount(); ++index)
+        if (nameKey(effect.parameterName(index)) == nameKey(name)) matches.push_back(index);
+    if (occurrence == 0 && matches.size() == 1) return matches.front();
+    if (occurrence >= 1 && occurrence <= static_cast<long>(matches.size()))
+        return matches[static_cast<std::size_t>(occurrence - 1)];
+    if (occurrence == 0 && matches.size() > 1) {
+        std::string spellings;
+        for (std::size_t i = 0; i < matches.size(); ++i)
+            spellings += (i == 0 ? "" : (i + 1 == matches.size() ? " or " : ", ")) + nameKey(name) + "#" +
+                         std::to_string(i + 1) + " (index " + std::to_string(matches[i]) + ")";
+        throw UsageError("'" + identifier + "' has " + std::to_string(matches.size()) + " parameters named '" +
+                         trimBlanks(effect.parameterName(matches.front())) + "'; write " + spellings);
     }
     throw UsageError("'" + identifier + "' has no parameter '" + text + "'; " + parameterList(effect));
 }
@@ -93,8 +147,8 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
             throw RunError("the module registers '" + identifier + "' but makes no instance of it");
         if (effect->inputCount() != static_cast<int>(channels) || effect->outputCount() != static_cast<int>(channels))
             throw UsageError("'" + identifier + "' takes " + std::to_string(effect->inputCount()) +
-                             " channel(s) but the input has " + std::to_string(channels) +
-                             "; name the family instead to get the matching variant");
+                             " channel(s) but the input has " + std::to_string(channels) + "; " +
+                             fittingVariants(host, identifier, channels));
         links_.push_back({identifier, std::move(effect), {}});
     }
     // The host's life cycle: open, sample rate, block size, resume, parameters.
@@ -125,7 +179,7 @@ void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
                                                                            std::to_string(index))
                                     : displayToNormalised(effect, link.identifier, index, request.value);
             effect.setParameter(index, value);
-            link.applied.push_back({index, trimBlanks(effect.parameterName(index)), value,
+            link.applied.push_back({index, spelledName(effect, index), value,
                                     trimBlanks(effect.parameterDisplay(index)),
                                     trimBlanks(effect.parameterLabel(index))});
         }

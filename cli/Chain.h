@@ -65,8 +65,9 @@ private:
     std::vector<Link> links_;
 };
 
-// The parameter of `effect` named (case and surrounding blanks ignored) or
-// numbered by `text`; UsageError listing the parameters when none matches.
+// The parameter of `effect` named (case and blanks ignored; "NAME#N" for the
+// N-th of several with one name) or numbered by `text`; UsageError listing
+// the parameters when none matches.
 int findParameter(const Effect& effect, const std::string& identifier, const std::string& text);
 
 // Display value (the parameter's units) to normalised, through the property

@@ -62,7 +62,13 @@ std::string ModuleHost::defaultModulePath() {
         const std::size_t slash = path.rfind('/');
         if (slash != std::string::npos) folder = path.substr(0, slash);
     }
-    return folder + "/libAudioFilters.so";
+    // Beside afx in the build; where the installation puts it otherwise.
+    const std::string beside = folder + "/libAudioFilters.so";
+#ifdef AFX_INSTALLED_MODULE_DIR
+    const std::string installed = folder + "/" AFX_INSTALLED_MODULE_DIR "/libAudioFilters.so";
+    if (::access(beside.c_str(), F_OK) != 0 && ::access(installed.c_str(), F_OK) == 0) return installed;
+#endif
+    return beside;
 }
 
 ModuleHost::ModuleHost(const std::string& path) {

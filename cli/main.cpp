@@ -1,4 +1,5 @@
 // afx: the reference host of the AudioFilters module on the command line.
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <string>
@@ -35,6 +36,8 @@ constexpr const char* kHelp =
     "\n"
     "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
 
+constexpr const char* kCommands = "list, info, render, demo and validate";
+
 int run(std::vector<std::string> words) {
     Arguments arguments(std::move(words));
     std::string modulePath = ModuleHost::defaultModulePath();
@@ -42,6 +45,11 @@ int run(std::vector<std::string> words) {
         std::string inlineValue;
         const std::string word = optionWord(arguments, inlineValue);
         if (word == "--help" || word == "-h" || word == "help") {
+            // "afx help COMMAND" is "afx COMMAND --help".
+            if (word == "help" && !arguments.done() && !looksLikeOption(arguments.peek())) {
+                const std::string command = arguments.take();
+                return run({command, "--help"});
+            }
             std::fputs(kHelp, stdout);
             return 0;
         }
@@ -62,9 +70,9 @@ int run(std::vector<std::string> words) {
             return afv::runValidateCommand(rest);
         }
         throw UsageError((looksLikeOption(word) ? "unknown option '" : "unknown command '") + word +
-                         "'; commands are list, info, render and demo (see afx --help)");
+                         "'; commands are " + kCommands + " (see afx --help)");
     }
-    throw UsageError("no command given; commands are list, info, render and demo (see afx --help)");
+    throw UsageError(std::string("no command given; commands are ") + kCommands + " (see afx --help)");
 }
 
 }  // namespace
@@ -75,8 +83,28 @@ bool takeModuleOption(const std::string& option, Arguments& arguments, std::stri
     return true;
 }
 
+namespace {
+
+// Short options that take a value ("-evolume" is "-e volume") and those that
+// do not ("-yq" is "-y -q").
+bool takesValue(char letter) { return letter == 'e' || letter == 'p' || letter == 'm' || letter == 'b'; }
+bool isFlag(char letter) { return letter == 'y' || letter == 'q' || letter == 'h'; }
+
+}  // namespace
+
 std::string optionWord(Arguments& arguments, std::string& inlineValue) {
     std::string word = arguments.take();
+    if (word.size() > 2 && word[0] == '-' && word[1] != '-' && looksLikeOption(word)) {
+        if (takesValue(word[1])) {
+            arguments.pushFront(word.substr(2));
+            return word.substr(0, 2);
+        }
+        const bool allFlags = std::all_of(word.begin() + 1, word.end(), isFlag);
+        if (allFlags) {
+            for (std::size_t i = word.size() - 1; i >= 2; --i) arguments.pushFront(std::string("-") + word[i]);
+            return word.substr(0, 2);
+        }
+    }
     const std::size_t equals = word.find('=');
     if (word.rfind("--", 0) == 0 && equals != std::string::npos) {
         inlineValue = word.substr(equals + 1);

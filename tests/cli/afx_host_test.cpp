@@ -467,7 +467,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommand{"identifier for another channel count", {"render", "MONO", "OUT", "-e", "test gain stereo",
                                                             "--module", kModule}, 2, "takes 2 channel(s)"},
         BadCommand{"float into a container without floats", {"render", "IN", "FLACOUT", "-e", "test gain stereo",
-                                                              "--float", "--module", kModule}, 2, "cannot write"},
+                                                              "--float", "--module", kModule}, 2, "cannot hold"},
         BadCommand{"info without effect", {"info", "--module", kModule}, 2, "needs an EFFECT"},
         BadCommand{"info with a bad rate", {"info", "test gain stereo", "--rate", "fast", "--module", kModule}, 2,
                    "--rate"}),
@@ -504,11 +504,11 @@ TEST(AfxRender, InterruptionLeavesNoPartialFile) {
                                                    "test slow mono", "--block", "64"}),
                                          logs);
             ASSERT_GT(child, 0);
-            // Wait until the temporary output exists, so the signal lands mid-render.
+            // Wait until afx writes its output, so the signal lands mid-render.
             bool rendering = false;
             for (int tries = 0; tries < 200 && !rendering; ++tries) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
-                for (const std::string& name : folder.entries()) rendering |= name.rfind(".", 0) == 0;
+                rendering = holdsFileIn(child, folder.path());
             }
             EXPECT_TRUE(rendering);
             ::kill(child, signalNumber);

@@ -378,9 +378,11 @@ TEST(AfxModule, FamilyWithoutVariantForTheChannelCount) {
     }
 }
 
-// The multitap delay names its third and fourth tap levels alike: a name
-// that fits two parameters is refused, and the index still works.
-TEST(AfxModule, AmbiguousParameterNameAsksForTheIndex) {
+// The multitap delay names its third and fourth tap levels alike: the bare
+// name is refused with the two spellings that tell them apart, "level4#1"
+// and "level4#2" reach indices 8 and 11, and blanks inside names are ignored.
+// The parameters are read back from the chain render prints.
+TEST(AfxModule, DuplicatedParameterNamesHaveTheirOwnSpelling) {
     SKIP_UNLESS_REGISTERED();
     ScratchFolder folder;
     writeFloatWav(folder.file("in.wav"), 1, 48000, testSignal(1, 100));
@@ -389,11 +391,99 @@ TEST(AfxModule, AmbiguousParameterNameAsksForTheIndex) {
     if (ambiguous.exitStatus == 1 && ambiguous.err.find("makes no instance") != std::string::npos)
         GTEST_SKIP() << "the module does not make Multitap Delay yet";
     EXPECT_EQ(ambiguous.exitStatus, 2) << ambiguous.err;
-    EXPECT_NE(ambiguous.err.find("indices 8 and 11"), std::string::npos) << ambiguous.err;
+    EXPECT_NE(ambiguous.err.find("level4#1 (index 8) or level4#2 (index 11)"), std::string::npos) << ambiguous.err;
     EXPECT_EQ(folder.entries(), std::vector<std::string>{"in.wav"});
-    const Outcome byIndex = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", "multitap-delay",
-                                    "-p", "11=-6", "--quiet"});
-    EXPECT_EQ(byIndex.exitStatus, 0) << byIndex.err;
+    const Outcome spelled = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", "multitap-delay",
+                                    "-p", "level4#1=-12", "-p", "LEVEL 4#2=-3", "-p", "delay1=0.5"});
+    ASSERT_EQ(spelled.exitStatus, 0) << spelled.err;
+    EXPECT_NE(spelled.out.find("Level 4#1 = -12"), std::string::npos) << spelled.out;
+    EXPECT_NE(spelled.out.find("Level 4#2 = -3"), std::string::npos) << spelled.out;
+    EXPECT_NE(spelled.out.find("Delay 1 = 0.5"), std::string::npos) << spelled.out;
+    // The same settings by index give the same file.
+    const Outcome byIndex = runAfx({"render", folder.file("in.wav"), folder.file("index.wav"), "-e",
+                                    "multitap-delay", "-p", "8=-12", "-p", "11=-3", "-p", "0=0.5", "--quiet"});
+    ASSERT_EQ(byIndex.exitStatus, 0) << byIndex.err;
+    EXPECT_EQ(readText(folder.file("out.wav")), readText(folder.file("index.wav")));
+}
+
+// An identifier for another channel count names the one that fits.
+TEST(AfxModule, IdentifierForAnotherChannelCountNamesTheFittingOne) {
+    SKIP_UNLESS_REGISTERED();
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), 1, 48000, testSignal(1, 100));
+    const Outcome outcome = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e",
+                                    "internal volume stereo"});
+    EXPECT_EQ(outcome.exitStatus, 2);
+    EXPECT_NE(outcome.err.find("use 'Internal Volume Mono' (or the family name 'volume')"), std::string::npos)
+        << outcome.err;
+}
+
+// Sine tones through the README's equaliser example: the level change the
+// README states at each frequency, measured over the second half of one
+// second of tone (the filter has settled), within 0.05 dB.
+TEST(AfxModule, ReadmeEqualiserExampleDoesWhatItSays) {
+    SKIP_UNLESS_REGISTERED();
+    ScratchFolder folder;
+    constexpr int kRate = 44100;
+    const struct {
+        double hertz;
+        double decibels;  // as the README states them
+    } kClaims[] = {{200.0, -0.04}, {1000.0, -0.92}, {2000.0, -3.79}, {3000.0, -6.00}, {5000.0, -2.99},
+                   {16000.0, -0.08}};
+    for (const auto& claim : kClaims) {
+        std::vector<float> tone;
+        for (int i = 0; i < kRate; ++i) {
+            const float value = static_cast<float>(0.25 * std::sin(2.0 * M_PI * claim.hertz * i / kRate));
+            tone.push_back(value);
+            tone.push_back(value);
+        }
+        writeFloatWav(folder.file("tone.wav"), 2, kRate, tone);
+        const Outcome outcome = runAfx({"render", folder.file("tone.wav"), folder.file("eq.wav"), "-y", "-q", "-e",
+                                        "parametric-eq", "-p", "center=3000", "-p", "q=2", "-p", "boost=-6"});
+        if (outcome.exitStatus == 1 && outcome.err.find("makes no instance") != std::string::npos)
+            GTEST_SKIP() << "the module does not make the Parametric EQ yet";
+        ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+        WavData output;
+        ASSERT_TRUE(readWav(folder.file("eq.wav"), output));
+        const std::vector<float> samples = output.floats();
+        double in = 0.0;
+        double out = 0.0;
+        for (std::size_t i = tone.size() / 2; i < tone.size(); i += 2) {
+            in += static_cast<double>(tone[i]) * tone[i];
+            out += static_cast<double>(samples[i]) * samples[i];
+        }
+        EXPECT_NEAR(10.0 * std::log10(out / in), claim.decibels, 0.05) << claim.hertz << " Hz";
+    }
+}
+
+// Delay at 2.0 s at 44.1 kHz (the rate the effect is made with, so setting it
+// changes nothing) plays undelayed, the effect's own edge case: afx renders
+// it, warns, and the value it names gives the echo one frame short of 2 s.
+TEST(AfxModule, DelayEdgeCaseIsWarnedWithTheNearestValue) {
+    SKIP_UNLESS_REGISTERED();
+    ScratchFolder folder;
+    constexpr int kRate = 44100;
+    std::vector<float> click(3 * kRate, 0.0f);
+    click[0] = 0.5f;
+    writeFloatWav(folder.file("click.wav"), 1, kRate, click);
+    const Outcome edge = runAfx({"render", folder.file("click.wav"), folder.file("edge.wav"), "-q", "-e", "delay",
+                                 "-p", "delay=2", "-p", "feedback=0", "-p", "mix=100"});
+    if (edge.exitStatus == 1 && edge.err.find("makes no instance") != std::string::npos)
+        GTEST_SKIP() << "the module does not make Delay yet";
+    ASSERT_EQ(edge.exitStatus, 0) << edge.err;
+    EXPECT_NE(edge.err.find("plays undelayed"), std::string::npos) << edge.err;
+    EXPECT_NE(edge.err.find("-p delay=1.99998 gives the longest echo"), std::string::npos) << edge.err;
+    WavData output;
+    ASSERT_TRUE(readWav(folder.file("edge.wav"), output));
+    EXPECT_NEAR(output.floats().at(0), 0.5f, 1e-6f);  // the click comes straight through
+    const Outcome nearest = runAfx({"render", folder.file("click.wav"), folder.file("echo.wav"), "-q", "-e", "delay",
+                                    "-p", "delay=1.99998", "-p", "feedback=0", "-p", "mix=100"});
+    ASSERT_EQ(nearest.exitStatus, 0) << nearest.err;
+    EXPECT_EQ(nearest.err, "");
+    ASSERT_TRUE(readWav(folder.file("echo.wav"), output));
+    const std::vector<float> echo = output.floats();
+    EXPECT_NEAR(echo.at(0), 0.0f, 1e-6f);
+    EXPECT_NEAR(echo.at(2 * kRate - 1), 0.5f, 1e-6f);  // 88199 frames later
 }
 
 TEST(AfxModule, DisplayValuesConvertThroughThePropertyInterface) {
