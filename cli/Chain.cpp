@@ -31,6 +31,9 @@ std::string fittingVariants(const ModuleHost& host, const std::string& identifie
         const std::string fitting = familyIdentifier(family, channels);
         if (!fitting.empty() && host.find(fitting) != nullptr)
             return "use '" + fitting + "' (or the family name '" + family.name + "')";
+        const std::string mono = familyIdentifier(family, 1);
+        if (family.independentChannels && host.find(mono) != nullptr)
+            return "use '" + mono + "' or the family name '" + family.name + "' (one instance per channel)";
         std::string list;
         for (unsigned count : counts)
             list += (list.empty() ? "" : ", ") + familyIdentifier(family, count) + " (" + std::to_string(count) + ")";
@@ -140,25 +143,38 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
              int blockSize) {
     links_.reserve(requests.size());
     for (const EffectRequest& request : requests) {
-        const auto& registration = resolveEffect(host, request.effect, channels);
+        const auto& registration = resolveForChain(host, request.effect, channels);
         const std::string identifier = registration.id.c_str();
-        std::unique_ptr<Effect> effect = host.create(registration);
-        if (!effect)
+        Link link{identifier, {}, 0, {}};
+        link.instances.push_back(host.create(registration));
+        if (!link.instances.front())
             throw RunError("the module registers '" + identifier + "' but makes no instance of it");
-        if (effect->inputCount() != static_cast<int>(channels) || effect->outputCount() != static_cast<int>(channels))
-            throw UsageError("'" + identifier + "' takes " + std::to_string(effect->inputCount()) +
-                             " channel(s) but the input has " + std::to_string(channels) + "; " +
-                             fittingVariants(host, identifier, channels));
-        links_.push_back({identifier, std::move(effect), {}});
+        const Effect& first = *link.instances.front();
+        const int width = first.inputCount();
+        const Family* family = familyOfIdentifier(identifier);
+        // A variant narrower than the audio runs as several instances when
+        // the family processes every channel on its own.
+        const bool fits = width > 0 && first.outputCount() == width && channels % static_cast<unsigned>(width) == 0 &&
+                          (width == static_cast<int>(channels) || (family != nullptr && family->independentChannels));
+        if (!fits)
+            throw UsageError("'" + identifier + "' takes " + std::to_string(width) + " channel(s) but the input has " +
+                             std::to_string(channels) + "; " + fittingVariants(host, identifier, channels));
+        link.width = static_cast<unsigned>(width);
+        while (link.instances.size() < channels / link.width) {
+            link.instances.push_back(host.create(registration));
+            if (!link.instances.back())
+                throw RunError("the module registers '" + identifier + "' but makes no instance of it");
+        }
+        links_.push_back(std::move(link));
     }
     // The host's life cycle: open, sample rate, block size, resume, parameters.
-    for (Link& link : links_) {
-        const Effect& effect = *link.effect;
-        effect.dispatch(kOpen);
-        effect.dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
-        effect.dispatch(kSetBlockSize, 0, blockSize);
-        effect.dispatch(kMainsChanged, 0, 1);
-    }
+    for (Link& link : links_)
+        for (const auto& effect : link.instances) {
+            effect->dispatch(kOpen);
+            effect->dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
+            effect->dispatch(kSetBlockSize, 0, blockSize);
+            effect->dispatch(kMainsChanged, 0, 1);
+        }
     running_ = true;
     try {
         applyRequests(requests);
@@ -171,14 +187,15 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
 void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
     for (std::size_t i = 0; i < links_.size(); ++i) {
         Link& link = links_[i];
-        const Effect& effect = *link.effect;
+        const Effect& effect = *link.instances.front();
         for (const ParameterRequest& request : requests[i].parameters) {
             const int index = findParameter(effect, link.identifier, request.parameter);
             const float value = request.normalised
                                     ? parseFloatExactly(request.value, "the normalised value of parameter " +
                                                                            std::to_string(index))
                                     : displayToNormalised(effect, link.identifier, index, request.value);
-            effect.setParameter(index, value);
+            // Every instance of a link gets the same settings.
+            for (const auto& instance : link.instances) instance->setParameter(index, value);
             link.applied.push_back({index, spelledName(effect, index), value,
                                     trimBlanks(effect.parameterDisplay(index)),
                                     trimBlanks(effect.parameterLabel(index))});
@@ -190,15 +207,20 @@ Chain::~Chain() { finish(); }
 
 void Chain::process(float** channels, int frames) const {
     for (const Link& link : links_) {
-        AEffect* record = link.effect->record();
-        record->processReplacing(record, channels, channels, frames);
+        float** group = channels;
+        for (const auto& instance : link.instances) {
+            AEffect* record = instance->record();
+            record->processReplacing(record, group, group, frames);
+            group += link.width;
+        }
     }
 }
 
 void Chain::finish() {
     if (!running_) return;
     running_ = false;
-    for (const Link& link : links_) link.effect->dispatch(kMainsChanged, 0, 0);
+    for (const Link& link : links_)
+        for (const auto& instance : link.instances) instance->dispatch(kMainsChanged, 0, 0);
 }
 
 }  // namespace afx

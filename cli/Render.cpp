@@ -49,6 +49,9 @@ void checkBufferSize(unsigned channels, std::int64_t chunkFrames) {
 void describe(const Chain& chain, std::FILE* out) {
     for (std::size_t link = 0; link < chain.size(); ++link) {
         std::fprintf(out, "  %zu. %s", link + 1, chain.identifier(link).c_str());
+        if (chain.instances(link) > 1)
+            std::fprintf(out, " x %zu (each on %u channel%s of its own)", chain.instances(link), chain.width(link),
+                         chain.width(link) == 1 ? "" : "s");
         for (const AppliedParameter& parameter : chain.applied(link))
             std::fprintf(out, "%s %s = %s%s%s", &parameter == &chain.applied(link).front() ? ":" : ",",
                         parameter.name.c_str(), parameter.display.c_str(), parameter.label.empty() ? "" : " ",

@@ -363,7 +363,7 @@ TEST(AfxModule, FamilyWithoutVariantForTheChannelCount) {
         const char* mentions;
     };
     for (const Case& wrong : {Case{1, "balance", "exists for 2 channels"},
-                              Case{4, "highpass", "exists for 1, 2, 6 and 16 channels"},
+                              Case{4, "channel-volume", "exists for 2, 6 and 16 channels (its channels work"},
                               Case{1, "channel-volume", "exists for 2, 6 and 16 channels"},
                               Case{6, "swap-channels", "exists for 2 channels"}}) {
         ScratchFolder folder;
@@ -404,6 +404,54 @@ TEST(AfxModule, DuplicatedParameterNamesHaveTheirOwnSpelling) {
                                     "multitap-delay", "-p", "8=-12", "-p", "11=-3", "-p", "0=0.5", "--quiet"});
     ASSERT_EQ(byIndex.exitStatus, 0) << byIndex.err;
     EXPECT_EQ(readText(folder.file("out.wav")), readText(folder.file("index.wav")));
+}
+
+// A family whose channels are independent runs on any channel count as one
+// mono instance per channel; an identifier whose width divides the count runs
+// as several side by side. Expected: each channel (or pair) through its own
+// instance driven directly in this process; compared bit for bit.
+TEST(AfxModule, AnyChannelCountThroughInstancesSideBySide) {
+    SKIP_UNLESS_REGISTERED();
+    const struct {
+        int channels;
+        const char* effect;
+        const char* variant;  // what each instance is
+        int width;
+    } kCases[] = {{3, "highpass", "Internal Highpass Mono", 1},
+                  {4, "volume", "Internal Volume Mono", 1},
+                  {8, "delay", "Internal Delay Mono", 1},
+                  {32, "invert", "Internal Invert Mono", 1},
+                  {4, "internal lowpass stereo", "Internal Lowpass Stereo", 2}};
+    constexpr int kRate = 48000;
+    constexpr int kFrames = 3000;
+    for (const auto& wide : kCases) {
+        ScratchFolder folder;
+        const std::vector<float> input = testSignal(wide.channels, kFrames);
+        writeFloatWav(folder.file("in.wav"), wide.channels, kRate, input);
+        const Outcome outcome = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", wide.effect});
+        if (outcome.exitStatus == 1 && outcome.err.find("makes no instance") != std::string::npos)
+            GTEST_SKIP() << "the module does not make " << wide.variant << " yet";
+        ASSERT_EQ(outcome.exitStatus, 0) << wide.effect << ": " << outcome.err;
+        const std::string grouping = std::string(wide.variant) + " x " + std::to_string(wide.channels / wide.width) +
+                                     " (each on " + std::to_string(wide.width) + " channel";
+        EXPECT_NE(outcome.out.find(grouping), std::string::npos) << outcome.out;
+        WavData output;
+        ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+        const std::vector<float> samples = output.floats();
+        ASSERT_EQ(samples.size(), input.size());
+        for (int first = 0; first < wide.channels; first += wide.width) {
+            std::vector<float> group;
+            for (int i = 0; i < kFrames; ++i)
+                for (int c = 0; c < wide.width; ++c) group.push_back(input[i * wide.channels + first + c]);
+            const auto expected = driveDirectly({{wide.variant, {}}}, wide.width, kRate, 1024, group);
+            ASSERT_TRUE(expected.has_value());
+            for (int i = 0; i < kFrames; ++i)
+                for (int c = 0; c < wide.width; ++c)
+                    ASSERT_EQ(std::bit_cast<std::uint32_t>(samples[i * wide.channels + first + c]),
+                              std::bit_cast<std::uint32_t>((*expected)[i * wide.width + c]))
+                        << wide.effect << " channel " << first + c << " frame " << i;
+        }
+    }
 }
 
 // An identifier for another channel count names the one that fits.
