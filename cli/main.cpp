@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "EffectNames.h"
 #include "Errors.h"
 #include "ModuleHost.h"
 #include "ValidateCommand.h"
@@ -67,7 +68,20 @@ int run(std::vector<std::string> words) {
             // a --module after the command still wins.
             std::vector<std::string> rest = {"--module", modulePath};
             while (!arguments.done()) rest.push_back(arguments.take());
-            return afv::runValidateCommand(rest);
+            afv::CommandStyle style;
+            style.program = "afx";
+            style.helpCommand = "afx validate --help";
+            // A family name stands for every variant of the family.
+            style.identifiersFor = [](const std::string& name) {
+                std::vector<std::string> identifiers;
+                if (const Family* family = findFamily(name))
+                    for (unsigned channels : {1u, 2u, 6u, 16u}) {
+                        const std::string identifier = familyIdentifier(*family, channels);
+                        if (!identifier.empty()) identifiers.push_back(identifier);
+                    }
+                return identifiers;
+            };
+            return afv::runValidateCommand(rest, style);
         }
         throw UsageError((looksLikeOption(word) ? "unknown option '" : "unknown command '") + word +
                          "'; commands are " + kCommands + " (see afx --help)");

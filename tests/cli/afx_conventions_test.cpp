@@ -111,5 +111,31 @@ TEST(AfxConventions, HelpForEachCommand) {
     EXPECT_NE(bare.err.find("list, info, render, demo and validate"), std::string::npos) << bare.err;
 }
 
+// validate speaks as the other commands do and takes family names.
+TEST(AfxConventions, ValidateLikeTheOtherCommands) {
+    struct Bad {
+        std::vector<std::string> arguments;
+        int exitStatus;
+        const char* says;
+    };
+    for (const Bad& bad : {Bad{{"validate", "--level", "0"}, 2, "--level needs a whole number from 1 to 10"},
+                           Bad{{"validate", "--fast"}, 2, "unknown option '--fast'"},
+                           Bad{{"validate", "reverb", "--module", kFakeModule}, 2, "no registered effect is called"},
+                           Bad{{"validate", "--module", "/no/such/module.so"}, 1, "cannot load"}}) {
+        const Outcome outcome = runAfx(bad.arguments);
+        EXPECT_EQ(outcome.exitStatus, bad.exitStatus) << bad.says;
+        ASSERT_EQ(lines(outcome.err).size(), 1u) << outcome.err;
+        EXPECT_EQ(outcome.err.rfind("afx: error: ", 0), 0u) << outcome.err;
+        EXPECT_NE(outcome.err.find(bad.says), std::string::npos) << outcome.err;
+    }
+    EXPECT_NE(runAfx({"help", "validate"}).out.find("usage: afx validate"), std::string::npos);
+    // A family name (any case) means every variant of it.
+    const Outcome family = runAfx({"validate", "INVERT", "--level", "1"});
+    EXPECT_EQ(family.exitStatus, 0) << family.out << family.err;
+    for (const char* variant : {"Internal Invert Mono", "Internal Invert Stereo", "Internal Invert 5.1",
+                                "Internal Invert 16 Channel"})
+        EXPECT_NE(family.out.find(variant), std::string::npos) << variant;
+}
+
 }  // namespace
 }  // namespace afxtest
