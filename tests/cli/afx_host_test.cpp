@@ -490,10 +490,11 @@ INSTANTIATE_TEST_SUITE_P(
                    1, "makes no instance"}),
     NameFromWhy());
 
-// A render stopped by SIGINT or SIGTERM leaves no partial output, no
-// temporary file, and an existing OUTPUT exactly as it was.
+// A render stopped by SIGINT, SIGTERM or SIGKILL (which gives afx no
+// chance to clean up) leaves no partial output, no temporary file, and an
+// existing OUTPUT exactly as it was.
 TEST(AfxRender, InterruptionLeavesNoPartialFile) {
-    for (int signalNumber : {SIGINT, SIGTERM}) {
+    for (int signalNumber : {SIGINT, SIGTERM, SIGKILL}) {
         ScratchFolder folder;
         // 3 s of mono at 8 kHz in blocks of 64 frames: the stand-in sleeps 20 ms a block, so about 7 s.
         writeFloatWav(folder.file("in.wav"), 1, 8000, std::vector<float>(24000, 0.5f));

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/sysmacros.h>
 
-#include <chrono>
 #include <cstdint>
 #include <thread>
 
@@ -129,32 +128,6 @@ TEST(AfxOutputSafety, LinkIsKeptAndItsFileReplaced) {
     EXPECT_TRUE(readWav(folder.file("takes/old.wav"), wav));
     EXPECT_TRUE(readWav(folder.file("takes/new.wav"), wav));
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"current.wav", "in.wav", "next.wav", "takes"}));
-}
-
-// SIGKILL gives afx no chance to clean up: whatever it wrote must vanish with it.
-TEST(AfxOutputSafety, KilledRenderLeavesNothing) {
-    ScratchFolder folder;
-    // 3 s of mono at 8 kHz in blocks of 64 frames: the stand-in sleeps 20 ms a block, so about 7 s.
-    writeFloatWav(folder.file("in.wav"), 1, 8000, std::vector<float>(24000, 0.5f));
-    std::ofstream(folder.file("keep.wav")) << "precious";
-    for (const char* output : {"new.wav", "keep.wav"}) {
-        const std::string logs = folder.path() + "-logs";
-        const pid_t child = startAfx({"render", folder.file("in.wav"), folder.file(output), "-y", "-e",
-                                      "test slow mono", "--block", "64", "--module", kFakeModule},
-                                     logs);
-        ASSERT_GT(child, 0);
-        bool rendering = false;
-        for (int tries = 0; tries < 200 && !rendering; ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            rendering = holdsFileIn(child, folder.path());
-        }
-        EXPECT_TRUE(rendering);
-        ::kill(child, SIGKILL);
-        const Outcome outcome = finishAfx(child, logs);
-        EXPECT_EQ(outcome.signal, SIGKILL);
-        EXPECT_EQ(folder.entries(), (std::vector<std::string>{"in.wav", "keep.wav"})) << output;
-        EXPECT_EQ(readText(folder.file("keep.wav")), "precious");
-    }
 }
 
 // A hidden file of a render that no longer runs is removed by the next
