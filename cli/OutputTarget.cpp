@@ -49,8 +49,16 @@ OutputTarget resolveOutput(const std::string& typed, bool overwrite, const struc
         return target;
     }
     if (typed.back() == '/') throw UsageError("OUTPUT '" + typed + "' names a folder; name a file");
-    target.path = followLinks(typed);
     struct stat status {};
+    // What the name reaches, links followed by the kernel (which also knows
+    // /dev/stdout and the other links of /proc that name no file).
+    if (::stat(typed.c_str(), &status) == 0 && (S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode))) {
+        // Written into, never replaced: -y is not needed and changes nothing.
+        target.kind = OutputKind::Stream;
+        target.path = typed;
+        return target;
+    }
+    target.path = followLinks(typed);
     if (::stat(target.path.c_str(), &status) != 0) {
         if (errno != ENOENT) throw RunError("cannot use OUTPUT '" + typed + "': " + std::strerror(errno));
         return target;
@@ -59,11 +67,6 @@ OutputTarget resolveOutput(const std::string& typed, bool overwrite, const struc
         throw UsageError("INPUT and OUTPUT are the same file '" + typed +
                          "'; write to another file and rename it afterwards");
     if (S_ISDIR(status.st_mode)) throw UsageError("OUTPUT '" + typed + "' is a folder; name a file");
-    if (S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode)) {
-        // Written into, never replaced: -y is not needed and changes nothing.
-        target.kind = OutputKind::Stream;
-        return target;
-    }
     if (!S_ISREG(status.st_mode))
         throw UsageError("OUTPUT '" + typed + "' is a " + (S_ISBLK(status.st_mode) ? "block device" : "socket") +
                          "; afx writes files, character devices and FIFOs");

@@ -29,10 +29,11 @@ constexpr const char* kHelp =
     "  validate [EFFECT...] [--level N] [--seed N] [--json]\n"
     "                                     checks every effect against crashes, allocation,\n"
     "                                     subnormals, non-finite output and nondeterminism\n"
+    "  help [COMMAND]                     this text, or the usage of one command\n"
     "\n"
     "options:\n"
     "  --module PATH  the effects module (default: libAudioFilters.so beside afx)\n"
-    "  -h, --help     this text; 'afx COMMAND --help' describes each command\n"
+    "  -h, --help     this text; 'afx help COMMAND' describes each command\n"
     "  --version      the program's version\n"
     "\n"
     "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";

@@ -153,8 +153,11 @@ TEST(AfxFormats, RoundTripTable) {
                 EXPECT_EQ(back.info.format & kFormatBits, expected) << what << std::hex << " got " << back.info.format;
                 EXPECT_EQ(back.info.channels, 2) << what;
                 // VOC's 8-bit blocks keep the rate as a one-byte time code: near, not exact.
-                if (container == SF_FORMAT_VOC) EXPECT_NEAR(back.info.samplerate, kRate, kRate / 1000) << what;
-                else EXPECT_EQ(back.info.samplerate, kRate) << what;
+                if (container == SF_FORMAT_VOC) {
+                    EXPECT_NEAR(back.info.samplerate, kRate, kRate / 1000) << what;
+                } else {
+                    EXPECT_EQ(back.info.samplerate, kRate) << what;
+                }
                 EXPECT_EQ(back.samples, input) << what;
             }
             ::unlink(output.c_str());
@@ -302,6 +305,14 @@ TEST(AfxFormats, DashIsStandardInputAndOutput) {
                                           .c_str());
     EXPECT_EQ(fromStdin, 0);
     ASSERT_TRUE(readWav(folder.file("stdin.wav"), wav));
+    EXPECT_EQ(wav.floats(), input);
+    // /dev/stdout into a pipe: a stream, written into (the container is INPUT's).
+    const int piped = std::system(("'" + kAfx + "' render '" + folder.file("in.wav") +
+                                   "' /dev/stdout -q -e 'test gain stereo' --set 0=0.5 --module '" + kFakeModule +
+                                   "' | cat > '" + folder.file("piped.wav") + "'")
+                                      .c_str());
+    EXPECT_EQ(piped, 0);
+    ASSERT_TRUE(readWav(folder.file("piped.wav"), wav));
     EXPECT_EQ(wav.floats(), input);
     // A file named "-x.wav" after "--".
     const Outcome dashed = runAfx({"render", "--module", kFakeModule, "-e", "test gain stereo", "--quiet", "--",

@@ -97,7 +97,9 @@ TEST(AfxOutputSafety, ReplacedFileKeepsModeAndOwner) {
     ASSERT_EQ(::chmod(output.c_str(), 0640), 0);
     const uid_t owner = isRoot() ? 4321 : ::geteuid();
     const gid_t group = isRoot() ? 5432 : ::getegid();
-    if (isRoot()) ASSERT_EQ(::chown(output.c_str(), owner, group), 0);
+    if (isRoot()) {
+        ASSERT_EQ(::chown(output.c_str(), owner, group), 0);
+    }
     const Outcome outcome = runAfx(gainRender(folder.file("in.wav"), output, {"-y"}));
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
