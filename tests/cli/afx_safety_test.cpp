@@ -44,7 +44,8 @@ TEST(AfxOutputSafety, CharacterDeviceIsWrittenIntoNeverReplaced) {
     ScratchFolder folder;
     writeFloatWav(folder.file("in.wav"), 2, 48000, ramp(1000));
     const std::string device = folder.file("nulldev");
-    ASSERT_EQ(::mknod(device.c_str(), S_IFCHR | 0666, ::makedev(1, 3)), 0);
+    if (::mknod(device.c_str(), S_IFCHR | 0666, ::makedev(1, 3)) != 0)
+        GTEST_SKIP() << "mknod refused here (a container without the capability?)";
     for (const bool overwrite : {false, true}) {
         const Outcome outcome =
             runAfx(gainRender(folder.file("in.wav"), device, overwrite ? std::vector<std::string>{"-y"}
@@ -63,7 +64,8 @@ TEST(AfxOutputSafety, BlockDeviceIsRefused) {
     writeFloatWav(folder.file("in.wav"), 2, 48000, ramp(100));
     const std::string device = folder.file("disk");
     // A loop device's numbers; afx must not even open it.
-    ASSERT_EQ(::mknod(device.c_str(), S_IFBLK | 0600, ::makedev(7, 200)), 0);
+    if (::mknod(device.c_str(), S_IFBLK | 0600, ::makedev(7, 200)) != 0)
+        GTEST_SKIP() << "mknod refused here (a container without the capability?)";
     const Outcome outcome = runAfx(gainRender(folder.file("in.wav"), device, {"-y"}));
     EXPECT_EQ(outcome.exitStatus, 2);
     EXPECT_NE(outcome.err.find("block device"), std::string::npos) << outcome.err;
