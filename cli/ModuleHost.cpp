@@ -1,5 +1,7 @@
 #include "ModuleHost.h"
 
+#include <unistd.h>
+
 #include "Errors.h"
 #include "Opcodes.h"
 #include "Ordo/MakeStdString.h"
@@ -17,7 +19,14 @@ VstIntPtr hostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, fl
 }  // namespace
 
 std::string ModuleHost::defaultModulePath() {
-    return hostkit::moduleBeside(reinterpret_cast<const void*>(&hostCallback));
+    // Beside afx in the build; where the installation puts it otherwise.
+    const std::string beside = hostkit::moduleBeside(reinterpret_cast<const void*>(&hostCallback));
+#ifdef AFX_INSTALLED_MODULE_DIR
+    const std::string installed = hostkit::folderOf(reinterpret_cast<const void*>(&hostCallback)) +
+                                  AFX_INSTALLED_MODULE_DIR "/libAudioFilters.so";
+    if (::access(beside.c_str(), F_OK) != 0 && ::access(installed.c_str(), F_OK) == 0) return installed;
+#endif
+    return beside;
 }
 
 ModuleHost::ModuleHost(const std::string& path) : module_(hostkit::Module::Load(path)) {

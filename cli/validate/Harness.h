@@ -111,7 +111,7 @@ public:
     float getParameter(std::int32_t index);
     // Every parameter in-range at random (uniform 0..1).
     void randomInRangeParameters();
-    void selectProgram(std::intptr_t program) { dispatch(2, 0, program); }
+    void selectProgram(std::intptr_t program) { dispatch(effSetProgram, 0, program); }
     // The values the validator last set, index by index (NaN for never set).
     const std::vector<float>& parameterValues() const { return values_; }
     std::string describeParameters() const;
