@@ -33,6 +33,15 @@ CC=clang CXX=clang++ cmake -S . -B build-clang -DCMAKE_BUILD_TYPE=Release -DAF_B
   >build-clang.configure.log 2>&1 || { cat build-clang.configure.log; exit 1; }
 cmake --build build-clang -j"$jobs" --target af_tests
 build-clang/bin/af_tests --gtest_brief=1
+echo "== The Python package installed by pip from ./python (Debian's packages only, nothing downloaded)"
+rm -rf build-python-venv
+/usr/bin/python3 -m venv --system-site-packages build-python-venv
+AF_CMAKE_BUILD="$PWD/build" build-python-venv/bin/pip install --quiet --no-build-isolation --no-index ./python \
+  >build-python-pip.log 2>&1 ||
+  { cat build-python-pip.log; exit 1; }
+build-python-venv/bin/python -c 'import audiofilters, sys; sys.exit("build-python-venv" not in audiofilters.__file__)'
+(cd python/tests && AF_BIN="$PWD/../../build/bin" ../../build-python-venv/bin/python -m pytest -q -p no:cacheprovider \
+  test_parameters.py test_against_afx.py)
 echo "== Validating every registered effect (Release, level 5; sanitizers, level 2)"
 build/bin/afx validate --level 5
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
@@ -41,4 +50,4 @@ ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:ha
 echo "== Fuzzing: each target for 60 seconds"
 bash fuzz/run.sh 60
 
-echo "All tests passed (Release, scalar, address/UB and thread sanitizers, clang, validator, fuzzers)."
+echo "All tests passed (Release with the Python package, pip install, scalar, address/UB and thread sanitizers, clang, validator, fuzzers)."
