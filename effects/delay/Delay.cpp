@@ -5,33 +5,23 @@
 
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
+#include "effects/delay/DelayParameters.h"
 #include "effects/filters/VectorPath.h"
-#include "effects/family/FamilyShape.h"
 #include "effects/family/Localized.h"
 
 namespace AF {
 namespace {
 
-constexpr const char* kDelayKey = "$$$/Korvex/AudioFilters/Delay=Delay";
 constexpr const char* kSecondsLabelKey = "$$$/Korvex/AudioFilters/Seconds=seconds";
-constexpr const char* kFeedbackKey = "$$$/Korvex/AudioFilters/Feedback=Feedback";
-constexpr const char* kMixKey = "$$$/Korvex/AudioFilters/Mix=Mix";
 
-enum : VstInt32 { kDelayParameter = 0, kFeedbackParameter = 1, kMixParameter = 2, kParameterCount = 3 };
+enum : VstInt32 { kDelayParameter = 0, kFeedbackParameter = 1, kMixParameter = 2 };
 
 // Default program: delay 1.0 s, feedback 0 %, mix 50 %.
-constexpr std::array<ParameterRow, kParameterCount> kRows = {{
-    {kDelayKey, kSecondsLabelKey, 0.5f},
-    {kFeedbackKey, kPercentLabelKey, 0.0f},
-    {kMixKey, kPercentLabelKey, 0.5f},
+constexpr std::array<Parameter, 3> kDelayParameters = {{
+    delay::delayTimeRow("$$$/Korvex/AudioFilters/Delay=Delay", kSecondsLabelKey, 0.5f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Feedback=Feedback", 0.0f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Mix=Mix", 0.5f),
 }};
-
-constexpr float kMaxDelaySeconds = 2.0f;
-constexpr float kMaxPercent = 100.0f;
-constexpr float kDelayStepSeconds = 0.01f;
-constexpr float kPercentStep = 1.0f;
-constexpr double kHalf = 0.5;
-constexpr double kPercentPerUnit = 100.0;
 
 // Steps 1 and 2 of a frame: the delayed sample scaled by the feedback, the
 // input and the noise, summed in double in that order, written to the line.
@@ -134,7 +124,7 @@ struct DelayPass {
 }  // namespace
 
 AudioDelay::AudioDelay(unsigned channels, audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, kParameterCount), channels_(channels) {
+    : ParameterFamily(audioMaster, kDelayParameters), channels_(channels) {
     // The constructor's line is exactly twice the rate, one frame shorter than
     // the one setSampleRate makes; a 2 s delay at this length is undelayed.
     // Kept as designed: hosts rely on the exact echo positions.
@@ -286,92 +276,27 @@ void AudioDelay::setParameter(VstInt32 index, float value) {
 
 float AudioDelay::getParameter(VstInt32 index) {
     switch (index) {
-        case kDelayParameter: return toFloat(static_cast<double>(delayTime_.load(std::memory_order_relaxed)) * kHalf);
+        case kDelayParameter: return delay::parameterOfSeconds(delayTime_.load(std::memory_order_relaxed));
         case kFeedbackParameter: return feedback_.load(std::memory_order_relaxed);
         case kMixParameter: return mix_.load(std::memory_order_relaxed);
         default: return 0.0f;
     }
 }
 
-void AudioDelay::setProgram(VstInt32 program) {
-    curProgram = program;
-    resetToDefaults(*this, kRows);
-}
-
-void AudioDelay::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-void AudioDelay::getParameterName(VstInt32 index, char* text) { copyParameterName(kRows, index, text); }
-void AudioDelay::getParameterLabel(VstInt32 index, char* text) { copyParameterLabel(kRows, index, text); }
-
 void AudioDelay::getParameterDisplay(VstInt32 index, char* text) {
     switch (index) {
         case kDelayParameter: float2string(delayTime_.load(std::memory_order_relaxed), text, 8); break;
         case kFeedbackParameter:
-            float2string(toFloat(static_cast<double>(feedback_.load(std::memory_order_relaxed)) * kPercentPerUnit),
-                         text, 8);
+            float2string(delay::percentOfParameter(feedback_.load(std::memory_order_relaxed)), text, 8);
             break;
-        case kMixParameter:
-            float2string(toFloat(static_cast<double>(mix_.load(std::memory_order_relaxed)) * kPercentPerUnit), text,
-                         8);
-            break;
+        case kMixParameter: float2string(delay::percentOfParameter(mix_.load(std::memory_order_relaxed)), text, 8); break;
         default: break;
     }
 }
 
-ML::VSTPropertySupportMixin::ParameterType AudioDelay::GetParameterType(unsigned index) {
-    if (index == kDelayParameter) return kTime;
-    if (index < kParameterCount) return kNumber;
-    return kNotAParameter;
-}
-
-float AudioDelay::GetParameterMax(unsigned index) const {
-    if (index == kDelayParameter) return kMaxDelaySeconds;
-    return index < kParameterCount ? kMaxPercent : 0.0f;
-}
-
-float AudioDelay::GetParameterMin(unsigned) const { return 0.0f; }
-
-float AudioDelay::GetParameterStep(unsigned index) const {
-    if (index == kDelayParameter) return kDelayStepSeconds;
-    return index < kParameterCount ? kPercentStep : 0.0f;
-}
-
-bool AudioDelay::SupportsDisplayValueToParameter(unsigned index) const { return index < kParameterCount; }
-
-float AudioDelay::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    const double display = displayValue;
-    if (index == kDelayParameter) return toFloat(display * kHalf);
-    return index < kParameterCount ? toFloat(display / kPercentPerUnit) : 0.0f;
-}
-
-float AudioDelay::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    const double parameter = parameterValue;
-    if (index == kDelayParameter) return toFloat(parameter + parameter);
-    return index < kParameterCount ? toFloat(parameter * kPercentPerUnit) : 0.0f;
-}
-
-// The variants: channel count, inputs = outputs, id, can-process-replacing.
-AudioDelay1::AudioDelay1(audioMasterCallback audioMaster) : AudioDelay(1, audioMaster) {
-    configureVariant(*this, 1, fourCharCode("ADl1"));
-}
-AudioDelay2::AudioDelay2(audioMasterCallback audioMaster) : AudioDelay(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("ADl2"));
-}
-AudioDelay6::AudioDelay6(audioMasterCallback audioMaster) : AudioDelay(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("ADl6"));
-}
-AudioDelay16::AudioDelay16(audioMasterCallback audioMaster) : AudioDelay(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AD16"));
-}
-
-void AudioDelay1::process(float** in, float** out, VstInt32 frames) { render<1, true>(in, out, frames); }
-void AudioDelay1::processReplacing(float** in, float** out, VstInt32 frames) { render<1, false>(in, out, frames); }
-void AudioDelay2::process(float** in, float** out, VstInt32 frames) { render<2, true>(in, out, frames); }
-void AudioDelay2::processReplacing(float** in, float** out, VstInt32 frames) { render<2, false>(in, out, frames); }
-void AudioDelay6::process(float** in, float** out, VstInt32 frames) { render<6, true>(in, out, frames); }
-void AudioDelay6::processReplacing(float** in, float** out, VstInt32 frames) { render<6, false>(in, out, frames); }
-void AudioDelay16::process(float** in, float** out, VstInt32 frames) { render<16, true>(in, out, frames); }
-void AudioDelay16::processReplacing(float** in, float** out, VstInt32 frames) {
-    render<16, false>(in, out, frames);
-}
+template class DelayChannels<AudioDelay, 1>;
+template class DelayChannels<AudioDelay, 2>;
+template class DelayChannels<AudioDelay, 6>;
+template class DelayChannels<AudioDelay, 16>;
 
 }  // namespace AF

@@ -17,13 +17,15 @@
 #include <atomic>
 #include <cstdint>
 
-#include "AudioEffectX.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "Export.h"
+#include "effects/delay/DelayChannels.h"
 #include "effects/delay/DelayLine.h"
+#include "effects/family/ChannelVariant.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioDelay : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioDelay : public ParameterFamily {
 public:
     AudioDelay(unsigned channels, audioMasterCallback audioMaster);
     ~AudioDelay() override;
@@ -33,19 +35,7 @@ public:
 
     void setParameter(VstInt32 index, float value) override;
     float getParameter(VstInt32 index) override;
-    void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterName(VstInt32 index, char* text) override;
-    void getParameterLabel(VstInt32 index, char* text) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
 
     // False when the line could not be allocated; such an effect only applies
     // its parameters and leaves the host's buffers alone.
@@ -73,32 +63,15 @@ private:
     std::atomic<float> mix_{0.5f};  // wet proportion
 };
 
-class AF_EXPORT AudioDelay1 final : public AudioDelay {
-public:
-    explicit AudioDelay1(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
+// The variants the host knows; their process calls are instantiated with the loop.
+extern template class DelayChannels<AudioDelay, 1>;
+extern template class DelayChannels<AudioDelay, 2>;
+extern template class DelayChannels<AudioDelay, 6>;
+extern template class DelayChannels<AudioDelay, 16>;
 
-class AF_EXPORT AudioDelay2 final : public AudioDelay {
-public:
-    explicit AudioDelay2(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
-
-class AF_EXPORT AudioDelay6 final : public AudioDelay {
-public:
-    explicit AudioDelay6(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
-
-class AF_EXPORT AudioDelay16 final : public AudioDelay {
-public:
-    explicit AudioDelay16(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
+class AF_EXPORT AudioDelay1 final : public ChannelVariant<DelayChannels<AudioDelay, 1>, 1, "ADl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioDelay2 final : public ChannelVariant<DelayChannels<AudioDelay, 2>, 2, "ADl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioDelay6 final : public ChannelVariant<DelayChannels<AudioDelay, 6>, 6, "ADl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioDelay16 final : public ChannelVariant<DelayChannels<AudioDelay, 16>, 16, "AD16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -1,12 +1,11 @@
 // Multitap Delay: four taps on one recirculating line (signal flow in MultitapDelay.h).
 #include "effects/delay/MultitapDelay.h"
 
-#include "Math.h"
-
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
+#include "effects/delay/DelayParameters.h"
 #include "effects/filters/VectorPath.h"
-#include "effects/family/FamilyShape.h"
+#include "effects/family/Decibels.h"
 #include "effects/family/Localized.h"
 
 namespace AF {
@@ -32,22 +31,31 @@ constexpr Kind kindOf(unsigned index) {
 }
 constexpr unsigned tapOf(unsigned index) { return index / 3; }
 
+constexpr float kMaxLevelDb = 0.0f;
+constexpr float kLevelStepDb = 0.1f;
+
+// A tap's level: a linear amplitude shown from -999 (silence) to 0 dB in steps of 0.1.
+constexpr Parameter levelRow(const char* nameKey, float defaultValue) noexcept {
+    return {nameKey,      kLevelLabelKey, ML::VSTPropertySupportMixin::kDecibels, decibels::kSilence, kMaxLevelDb,
+            kLevelStepDb, defaultValue,   decibels::ofAmplitude,                  decibels::toAmplitude};
+}
+
 // Default program: mix 50 %, taps at 0.5, 0.8, 1.2 and 1.5 s, no feedback,
 // every level 0.5 (about -6.02 dB).
-constexpr std::array<ParameterRow, kParameterCount> kRows = {{
-    {"$$$/Korvex/AudioFilters/DelayTime1=Delay 1", kSecondsLabelKey, 0.25f},
-    {"$$$/Korvex/AudioFilters/Feedback1=Feedback 1", kPercentLabelKey, 0.0f},
-    {"$$$/Korvex/AudioFilters/Volume1=Level 1", kLevelLabelKey, 0.5f},
-    {"$$$/Korvex/AudioFilters/DelayTime2=Delay 2", kSecondsLabelKey, 0.4f},
-    {"$$$/Korvex/AudioFilters/Feedback2=Feedback 2", kPercentLabelKey, 0.0f},
-    {"$$$/Korvex/AudioFilters/Volume2=Level 2", kLevelLabelKey, 0.5f},
-    {"$$$/Korvex/AudioFilters/DelayTime3=Delay 3", kSecondsLabelKey, 0.6f},
-    {"$$$/Korvex/AudioFilters/Feedback3=Feedback 3", kPercentLabelKey, 0.0f},
-    {kLevel4Key, kLevelLabelKey, 0.5f},
-    {"$$$/Korvex/AudioFilters/DelayTime4=Delay 4", kSecondsLabelKey, 0.75f},
-    {"$$$/Korvex/AudioFilters/Feedback4=Feedback 4", kPercentLabelKey, 0.0f},
-    {kLevel4Key, kLevelLabelKey, 0.5f},
-    {"$$$/Korvex/AudioFilters/MixLabel=  Mix  ", kPercentLabelKey, 0.5f},
+constexpr std::array<Parameter, kParameterCount> kMultitapParameters = {{
+    delay::delayTimeRow("$$$/Korvex/AudioFilters/DelayTime1=Delay 1", kSecondsLabelKey, 0.25f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Feedback1=Feedback 1", 0.0f),
+    levelRow("$$$/Korvex/AudioFilters/Volume1=Level 1", 0.5f),
+    delay::delayTimeRow("$$$/Korvex/AudioFilters/DelayTime2=Delay 2", kSecondsLabelKey, 0.4f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Feedback2=Feedback 2", 0.0f),
+    levelRow("$$$/Korvex/AudioFilters/Volume2=Level 2", 0.5f),
+    delay::delayTimeRow("$$$/Korvex/AudioFilters/DelayTime3=Delay 3", kSecondsLabelKey, 0.6f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Feedback3=Feedback 3", 0.0f),
+    levelRow(kLevel4Key, 0.5f),
+    delay::delayTimeRow("$$$/Korvex/AudioFilters/DelayTime4=Delay 4", kSecondsLabelKey, 0.75f),
+    delay::percentRow("$$$/Korvex/AudioFilters/Feedback4=Feedback 4", 0.0f),
+    levelRow(kLevel4Key, 0.5f),
+    delay::percentRow("$$$/Korvex/AudioFilters/MixLabel=  Mix  ", 0.5f),
 }};
 
 // The program reset tells the host of the mix first, then of the taps in order.
@@ -56,17 +64,6 @@ constexpr std::array<unsigned, kParameterCount> kProgramOrder = {12, 0, 1, 2, 3,
 // Target delay times of a new effect: the floats nearest 0.5, 0.8, 1.2, 1.5 s.
 constexpr std::array<float, kTaps> kInitialDelaySeconds = {0.5f, 0.8f, 1.2f, 1.5f};
 constexpr float kInitialTapLevel = 0.5f;
-
-constexpr float kMaxDelaySeconds = 2.0f;
-constexpr float kDelayStepSeconds = 0.01f;
-constexpr float kMaxPercent = 100.0f;
-constexpr float kPercentStep = 1.0f;
-constexpr float kSilenceDb = -999.0f;  // the level display's floor, shown for a level of exactly 0
-constexpr float kMaxLevelDb = 0.0f;
-constexpr float kLevelStepDb = 0.1f;
-constexpr double kHalf = 0.5;
-constexpr double kPercentPerUnit = 100.0;
-constexpr double kDbPerDecade = 20.0;
 
 inline float load(const std::atomic<float>& value) noexcept { return value.load(std::memory_order_relaxed); }
 
@@ -212,7 +209,7 @@ struct TapPass {
 }  // namespace
 
 AudioMultitapDelay::AudioMultitapDelay(unsigned channels, audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, kParameterCount), channels_(channels) {
+    : ParameterFamily(audioMaster, kMultitapParameters), channels_(channels) {
     for (unsigned k = 0; k < kTaps; ++k) {
         delayTime_[k].store(kInitialDelaySeconds[k], std::memory_order_relaxed);
         feedback_[k].store(0.0f, std::memory_order_relaxed);
@@ -369,7 +366,7 @@ float AudioMultitapDelay::getParameter(VstInt32 index) {
     if (index < 0) return 0.0f;
     const auto parameter = static_cast<unsigned>(index);
     switch (kindOf(parameter)) {
-        case Kind::Delay: return toFloat(static_cast<double>(load(delayTime_[tapOf(parameter)])) * kHalf);
+        case Kind::Delay: return delay::parameterOfSeconds(load(delayTime_[tapOf(parameter)]));
         case Kind::Feedback: return load(feedback_[tapOf(parameter)]);
         case Kind::Level: return load(tapLevel_[tapOf(parameter)]);
         case Kind::Mix: return load(mix_);
@@ -381,119 +378,24 @@ float AudioMultitapDelay::getParameter(VstInt32 index) {
 void AudioMultitapDelay::setProgram(VstInt32 program) {
     curProgram = program;
     for (const unsigned index : kProgramOrder)
-        setParameterAutomated(static_cast<VstInt32>(index), kRows[index].defaultValue);
+        setParameterAutomated(static_cast<VstInt32>(index), kMultitapParameters[index].defaultValue);
 }
-
-void AudioMultitapDelay::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-void AudioMultitapDelay::getParameterName(VstInt32 index, char* text) { copyParameterName(kRows, index, text); }
-void AudioMultitapDelay::getParameterLabel(VstInt32 index, char* text) { copyParameterLabel(kRows, index, text); }
 
 void AudioMultitapDelay::getParameterDisplay(VstInt32 index, char* text) {
     if (index < 0) return;
     const auto parameter = static_cast<unsigned>(index);
     switch (kindOf(parameter)) {
         case Kind::Delay: float2string(load(delayTime_[tapOf(parameter)]), text, 8); break;
-        case Kind::Feedback:
-            float2string(toFloat(static_cast<double>(load(feedback_[tapOf(parameter)])) * kPercentPerUnit), text, 8);
-            break;
+        case Kind::Feedback: float2string(delay::percentOfParameter(load(feedback_[tapOf(parameter)])), text, 8); break;
         case Kind::Level: dB2string(load(tapLevel_[tapOf(parameter)]), text, 8); break;
-        case Kind::Mix: float2string(toFloat(static_cast<double>(load(mix_)) * kPercentPerUnit), text, 8); break;
+        case Kind::Mix: float2string(delay::percentOfParameter(load(mix_)), text, 8); break;
         case Kind::None: break;
     }
 }
 
-ML::VSTPropertySupportMixin::ParameterType AudioMultitapDelay::GetParameterType(unsigned index) {
-    switch (kindOf(index)) {
-        case Kind::Delay: return kTime;
-        case Kind::Level: return kDecibels;
-        case Kind::Feedback:
-        case Kind::Mix: return kNumber;
-        case Kind::None: break;
-    }
-    return kNotAParameter;
-}
-
-float AudioMultitapDelay::GetParameterMax(unsigned index) const {
-    switch (kindOf(index)) {
-        case Kind::Delay: return kMaxDelaySeconds;
-        case Kind::Level: return kMaxLevelDb;
-        case Kind::Feedback:
-        case Kind::Mix: return kMaxPercent;
-        case Kind::None: break;
-    }
-    return 0.0f;
-}
-
-float AudioMultitapDelay::GetParameterMin(unsigned index) const {
-    return kindOf(index) == Kind::Level ? kSilenceDb : 0.0f;
-}
-
-float AudioMultitapDelay::GetParameterStep(unsigned index) const {
-    switch (kindOf(index)) {
-        case Kind::Delay: return kDelayStepSeconds;
-        case Kind::Level: return kLevelStepDb;
-        case Kind::Feedback:
-        case Kind::Mix: return kPercentStep;
-        case Kind::None: break;
-    }
-    return 0.0f;
-}
-
-bool AudioMultitapDelay::SupportsDisplayValueToParameter(unsigned index) const { return index < kParameterCount; }
-
-float AudioMultitapDelay::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    const double display = displayValue;
-    switch (kindOf(index)) {
-        case Kind::Delay: return toFloat(display * kHalf);
-        case Kind::Level: {
-            if (displayValue == kSilenceDb) return 0.0f;
-            const float decades = toFloat(display / kDbPerDecade);
-            return toFloat(math::pow(10.0, static_cast<double>(decades)));
-        }
-        case Kind::Feedback:
-        case Kind::Mix: return toFloat(display / kPercentPerUnit);
-        case Kind::None: break;
-    }
-    return 0.0f;
-}
-
-float AudioMultitapDelay::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    const double parameter = parameterValue;
-    switch (kindOf(index)) {
-        case Kind::Delay: return toFloat(parameter + parameter);
-        case Kind::Level: {
-            if (parameterValue == 0.0f) return kSilenceDb;
-            const float logarithm = toFloat(math::log10(parameter));
-            return toFloat(kDbPerDecade * static_cast<double>(logarithm));
-        }
-        case Kind::Feedback:
-        case Kind::Mix: return toFloat(parameter * kPercentPerUnit);
-        case Kind::None: break;
-    }
-    return 0.0f;
-}
-
-// The variants carry the single-tap delay's ids; the duplication is by design.
-AudioMultitapDelay1::AudioMultitapDelay1(audioMasterCallback audioMaster) : AudioMultitapDelay(1, audioMaster) {
-    configureVariant(*this, 1, fourCharCode("ADl1"));
-}
-AudioMultitapDelay2::AudioMultitapDelay2(audioMasterCallback audioMaster) : AudioMultitapDelay(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("ADl2"));
-}
-AudioMultitapDelay6::AudioMultitapDelay6(audioMasterCallback audioMaster) : AudioMultitapDelay(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("ADl6"));
-}
-AudioMultitapDelay16::AudioMultitapDelay16(audioMasterCallback audioMaster) : AudioMultitapDelay(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AD16"));
-}
-
-void AudioMultitapDelay1::process(float** in, float** out, VstInt32 n) { render<1, true>(in, out, n); }
-void AudioMultitapDelay1::processReplacing(float** in, float** out, VstInt32 n) { render<1, false>(in, out, n); }
-void AudioMultitapDelay2::process(float** in, float** out, VstInt32 n) { render<2, true>(in, out, n); }
-void AudioMultitapDelay2::processReplacing(float** in, float** out, VstInt32 n) { render<2, false>(in, out, n); }
-void AudioMultitapDelay6::process(float** in, float** out, VstInt32 n) { render<6, true>(in, out, n); }
-void AudioMultitapDelay6::processReplacing(float** in, float** out, VstInt32 n) { render<6, false>(in, out, n); }
-void AudioMultitapDelay16::process(float** in, float** out, VstInt32 n) { render<16, true>(in, out, n); }
-void AudioMultitapDelay16::processReplacing(float** in, float** out, VstInt32 n) { render<16, false>(in, out, n); }
+template class DelayChannels<AudioMultitapDelay, 1>;
+template class DelayChannels<AudioMultitapDelay, 2>;
+template class DelayChannels<AudioMultitapDelay, 6>;
+template class DelayChannels<AudioMultitapDelay, 16>;
 
 }  // namespace AF

@@ -21,13 +21,15 @@
 #include <atomic>
 #include <cstdint>
 
-#include "AudioEffectX.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "Export.h"
+#include "effects/delay/DelayChannels.h"
 #include "effects/delay/DelayLine.h"
+#include "effects/family/ChannelVariant.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioMultitapDelay : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioMultitapDelay : public ParameterFamily {
 public:
     static constexpr unsigned kTaps = 4;
 
@@ -39,19 +41,9 @@ public:
 
     void setParameter(VstInt32 index, float value) override;
     float getParameter(VstInt32 index) override;
+    // Tells the host of the mix first, then of the taps' parameters in order.
     void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterName(VstInt32 index, char* text) override;
-    void getParameterLabel(VstInt32 index, char* text) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
 
     // False when the line could not be allocated; such an effect only applies
     // its parameters and leaves the host's buffers alone.
@@ -84,32 +76,16 @@ private:
     std::atomic<float> mix_{0.5f};
 };
 
-class AF_EXPORT AudioMultitapDelay1 final : public AudioMultitapDelay {
-public:
-    explicit AudioMultitapDelay1(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
+// The variants the host knows; their process calls are instantiated with the
+// loop. They carry the single-tap delay's ids; the duplication is by design.
+extern template class DelayChannels<AudioMultitapDelay, 1>;
+extern template class DelayChannels<AudioMultitapDelay, 2>;
+extern template class DelayChannels<AudioMultitapDelay, 6>;
+extern template class DelayChannels<AudioMultitapDelay, 16>;
 
-class AF_EXPORT AudioMultitapDelay2 final : public AudioMultitapDelay {
-public:
-    explicit AudioMultitapDelay2(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
-
-class AF_EXPORT AudioMultitapDelay6 final : public AudioMultitapDelay {
-public:
-    explicit AudioMultitapDelay6(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
-
-class AF_EXPORT AudioMultitapDelay16 final : public AudioMultitapDelay {
-public:
-    explicit AudioMultitapDelay16(audioMasterCallback audioMaster);
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-};
+class AF_EXPORT AudioMultitapDelay1 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 1>, 1, "ADl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMultitapDelay2 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 2>, 2, "ADl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMultitapDelay6 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 6>, 6, "ADl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMultitapDelay16 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 16>, 16, "AD16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -19,15 +19,28 @@ inline constexpr double kTwo = 2.0;
 inline constexpr double kHalf = 0.5;
 inline constexpr float kHalfFloat = 0.5f;
 
+// A linear amplitude a (a delay tap's level, or the gain 2p): a = 10^(dB / 20)
+// and dB = 20 log10(a), rounded to float after each step.
+inline float toAmplitude(float decibels) noexcept {
+    if (decibels == kSilence) return 0.0f;
+    const float exponent = toFloat(static_cast<double>(decibels) / kTwenty);
+    return toFloat(math::pow(kTen, static_cast<double>(exponent)));
+}
+
+inline float ofAmplitude(float amplitude) noexcept {
+    if (amplitude == 0.0f) return kSilence;
+    const float logAmplitude = toFloat(math::log10(static_cast<double>(amplitude)));
+    return toFloat(kTwenty * static_cast<double>(logAmplitude));
+}
+
 // p = 0.5 x 10^(dB / 20), not clamped.
 template <Rounding rounding>
 float toLevel(float decibels) noexcept {
-    if (decibels == kSilence) return 0.0f;
     if constexpr (rounding == Rounding::eachStep) {
-        const float exponent = toFloat(static_cast<double>(decibels) / kTwenty);
-        const float gain = toFloat(math::pow(kTen, static_cast<double>(exponent)));
-        return gain * kHalfFloat;
+        // The amplitude 2p, halved in float; -999 dB gives 0 x 0.5 = 0.
+        return toAmplitude(decibels) * kHalfFloat;
     } else {
+        if (decibels == kSilence) return 0.0f;
         const double exponent = static_cast<double>(decibels) / kTwenty;
         return toFloat(kHalf * math::pow(kTen, exponent));
     }
@@ -36,12 +49,11 @@ float toLevel(float decibels) noexcept {
 // dB = 20 log10(2p).
 template <Rounding rounding>
 float ofLevel(float level) noexcept {
-    if (level == 0.0f) return kSilence;
     if constexpr (rounding == Rounding::eachStep) {
-        const float gain = level + level;
-        const float logGain = toFloat(math::log10(static_cast<double>(gain)));
-        return toFloat(kTwenty * static_cast<double>(logGain));
+        // 2p in float; it is 0 exactly when p is.
+        return ofAmplitude(level + level);
     } else {
+        if (level == 0.0f) return kSilence;
         const double gain = kTwo * static_cast<double>(level);
         return toFloat(kTwenty * math::log10(gain));
     }

@@ -1,15 +1,11 @@
 #include "Fill.h"
 
 #include <cstring>
-#include <new>
-
-#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
 namespace {
 
-constexpr VstInt32 kStereo = 2;
 constexpr int kLeft = 0;
 constexpr int kRight = 1;
 
@@ -24,38 +20,31 @@ void copyChannel(float** inputs, int from, float** outputs, int to, VstInt32 sam
 
 }  // namespace
 
-AudioFillLeft::AudioFillLeft(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, 0, 0) {
-    configureVariant(*this, kStereo, fourCharCode("AFlL"));
+template <int From, int To>
+FillChannel<From, To>::FillChannel(unsigned channels, audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, 0, 0) {
+    (void)channels;
 }
 
-// Only the right output is written; the left keeps what the host put there.
-void AudioFillLeft::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    copyChannel(inputs, kLeft, outputs, kRight, sampleFrames);
+// Only output `To` is written; the other keeps what the host put there.
+template <int From, int To>
+void FillChannel<From, To>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    copyChannel(inputs, From, outputs, To, sampleFrames);
 }
 
-void AudioFillLeft::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+template <int From, int To>
+void FillChannel<From, To>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
     (void)inputs;
     (void)outputs;
     (void)sampleFrames;
 }
 
-bool AudioFillLeft::HasHistory() { return false; }
-
-AudioFillRight::AudioFillRight(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, 0, 0) {
-    configureVariant(*this, kStereo, fourCharCode("AFlR"));
+template <int From, int To>
+bool FillChannel<From, To>::HasHistory() {
+    return false;
 }
 
-// Only the left output is written; the right keeps what the host put there.
-void AudioFillRight::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    copyChannel(inputs, kRight, outputs, kLeft, sampleFrames);
-}
-
-void AudioFillRight::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    (void)inputs;
-    (void)outputs;
-    (void)sampleFrames;
-}
-
-bool AudioFillRight::HasHistory() { return false; }
+template class FillChannel<kLeft, kRight>;
+template class FillChannel<kRight, kLeft>;
 
 }  // namespace AF

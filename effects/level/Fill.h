@@ -4,14 +4,16 @@
 // already carry it. Parameterless, stereo only.
 #include "AudioEffectX.h"
 #include "Export.h"
+#include "effects/family/ChannelVariant.h"
 
 namespace AF {
 
-// Left input copied into the right output.
-class AF_EXPORT AudioFillLeft final : public AudioEffectX {
+// The family: input `From` copied into output `To`.
+template <int From, int To>
+class AF_EXPORT FillChannel : public AudioEffectX {
 public:
-    explicit AudioFillLeft(audioMasterCallback audioMaster);
-
+    // No programs, no parameters; `channels` is 2.
+    FillChannel(unsigned channels, audioMasterCallback audioMaster);
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     // Adds nothing: the accumulating call leaves the outputs as they are.
     void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
@@ -19,14 +21,8 @@ public:
     virtual bool HasHistory();
 };
 
-// Right input copied into the left output.
-class AF_EXPORT AudioFillRight final : public AudioEffectX {
-public:
-    explicit AudioFillRight(audioMasterCallback audioMaster);
-
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    virtual bool HasHistory();
-};
+// Left input copied into the right output, and the other way round.
+class AF_EXPORT AudioFillLeft final : public ChannelVariant<FillChannel<0, 1>, 2, "AFlL"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioFillRight final : public ChannelVariant<FillChannel<1, 0>, 2, "AFlR"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

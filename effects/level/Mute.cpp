@@ -24,6 +24,14 @@ constexpr unsigned kMaster = 0;
 // their index to it.
 constexpr const char* kMuteLabelKey = "$$$/Korvex/AudioFilters/MuteLabel=Mute ";
 
+// The display shows the raw toggle value, so both conversions are identities.
+float sameValue(float value) noexcept { return value; }
+
+// The one row every index answers with: 0 to 1 in steps of 0.1, off by default.
+constexpr Parameter kToggleParameter = {kMuteLabelKey, kMuteLabelKey, ML::VSTPropertySupportMixin::kNumber,
+                                        kToggleMin,    kToggleMax,    kToggleStep,
+                                        kOff,          sameValue,     sameValue};
+
 // Counts and byte sizes are 32-bit, as the record's counts are. A count whose
 // byte size does not fit stands for the largest request, which no allocator
 // grants: the toggles are then absent, as after any failed allocation. That
@@ -47,7 +55,8 @@ void clearChannel(float* channel, VstInt32 sampleFrames) noexcept {
 }  // namespace
 
 AudioMute::AudioMute(unsigned channels, audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, static_cast<VstInt32>(channels + 1)),
+    : ParameterFamily(audioMaster, std::span<const Parameter>(&kToggleParameter, 1),
+                      static_cast<VstInt32>(channels + 1)),
       muted(nullptr),
       parameterCount(static_cast<std::uint32_t>(channels + 1)) {
     muted = allocateToggles(parameterCount);
@@ -96,13 +105,6 @@ void AudioMute::setProgram(VstInt32 program) {
     setParameterAutomated(kMaster, kOff);
 }
 
-void AudioMute::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-
-void AudioMute::getParameterLabel(VstInt32 index, char* label) {
-    (void)index;
-    copyLocalizedText(kMuteLabelKey, label);
-}
-
 void AudioMute::getParameterDisplay(VstInt32 index, char* text) {
     const unsigned toggle = static_cast<unsigned>(index);
     if (!isToggle(toggle)) return;
@@ -119,38 +121,17 @@ void AudioMute::getParameterName(VstInt32 index, char* text) {
     }
 }
 
-ML::VSTPropertySupportMixin::ParameterType AudioMute::GetParameterType(unsigned index) {
+const Parameter* AudioMute::parameterAt(unsigned index) const noexcept {
     (void)index;
-    return kNumber;
+    return &kToggleParameter;
 }
 
-float AudioMute::GetParameterMax(unsigned index) const {
-    (void)index;
-    return kToggleMax;
-}
-
-float AudioMute::GetParameterMin(unsigned index) const {
-    (void)index;
-    return kToggleMin;
-}
-
-float AudioMute::GetParameterStep(unsigned index) const {
-    (void)index;
-    return kToggleStep;
-}
-
-bool AudioMute::SupportsDisplayValueToParameter(unsigned index) const {
-    (void)index;
-    return true;
-}
-
-// The display shows the raw toggle value, so both conversions are identities.
 float AudioMute::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    return index < parameterCount ? displayValue : 0.0f;
+    return index < parameterCount ? ParameterFamily::ConvertDisplayValueToParameter(index, displayValue) : 0.0f;
 }
 
 float AudioMute::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    return index < parameterCount ? parameterValue : 0.0f;
+    return index < parameterCount ? ParameterFamily::ConvertParameterValueToDisplay(index, parameterValue) : 0.0f;
 }
 
 bool AudioMute::HasHistory() { return false; }

@@ -6,14 +6,13 @@
 #include <atomic>
 #include <cstdint>
 
-#include "AudioEffectX.h"
 #include "Export.h"
 #include "effects/family/ChannelVariant.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioMute : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioMute : public ParameterFamily {
 public:
     AudioMute(unsigned channels, audioMasterCallback audioMaster);
     ~AudioMute() override;
@@ -26,16 +25,12 @@ public:
     float getParameter(VstInt32 index) override;
     // Switches the master off only; the channel toggles keep their values.
     void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
+    // "Mute " for the master, then numbered: any index gets a name.
     void getParameterName(VstInt32 index, char* text) override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
+    // Every index, a toggle or not, is described by the one toggle row...
+    const Parameter* parameterAt(unsigned index) const noexcept override;
+    // ...but only a toggle's index converts; any other answers 0.
     float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
     float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
     bool HasHistory() override;
