@@ -1,7 +1,7 @@
 // Multitap Delay: four taps on one recirculating line (signal flow in MultitapDelay.h).
 #include "effects/delay/MultitapDelay.h"
 
-#include <cmath>
+#include "Math.h"
 
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
@@ -448,7 +448,7 @@ float AudioMultitapDelay::ConvertDisplayValueToParameter(unsigned index, float d
         case Kind::Level: {
             if (displayValue == kSilenceDb) return 0.0f;
             const float decades = toFloat(display / kDbPerDecade);
-            return toFloat(std::pow(10.0, static_cast<double>(decades)));
+            return toFloat(math::pow(10.0, static_cast<double>(decades)));
         }
         case Kind::Feedback:
         case Kind::Mix: return toFloat(display / kPercentPerUnit);
@@ -463,7 +463,7 @@ float AudioMultitapDelay::ConvertParameterValueToDisplay(unsigned index, float p
         case Kind::Delay: return toFloat(parameter + parameter);
         case Kind::Level: {
             if (parameterValue == 0.0f) return kSilenceDb;
-            const float logarithm = toFloat(std::log10(parameter));
+            const float logarithm = toFloat(math::log10(parameter));
             return toFloat(kDbPerDecade * static_cast<double>(logarithm));
         }
         case Kind::Feedback:

@@ -2,7 +2,7 @@
 // The level parameters' decibel scale: a normalised level p is the linear gain
 // 2p, so 0.5 is 0 dB. The -999 dB floor stands for silence; only exactly
 // -999 dB and exactly 0 are special, anything else goes through the formula.
-#include <cmath>
+#include "Math.h"
 
 #include "Numeric.h"
 
@@ -25,11 +25,11 @@ float toLevel(float decibels) noexcept {
     if (decibels == kSilence) return 0.0f;
     if constexpr (rounding == Rounding::eachStep) {
         const float exponent = toFloat(static_cast<double>(decibels) / kTwenty);
-        const float gain = toFloat(std::pow(kTen, static_cast<double>(exponent)));
+        const float gain = toFloat(math::pow(kTen, static_cast<double>(exponent)));
         return gain * kHalfFloat;
     } else {
         const double exponent = static_cast<double>(decibels) / kTwenty;
-        return toFloat(kHalf * std::pow(kTen, exponent));
+        return toFloat(kHalf * math::pow(kTen, exponent));
     }
 }
 
@@ -39,11 +39,11 @@ float ofLevel(float level) noexcept {
     if (level == 0.0f) return kSilence;
     if constexpr (rounding == Rounding::eachStep) {
         const float gain = level + level;
-        const float logGain = toFloat(std::log10(static_cast<double>(gain)));
+        const float logGain = toFloat(math::log10(static_cast<double>(gain)));
         return toFloat(kTwenty * static_cast<double>(logGain));
     } else {
         const double gain = kTwo * static_cast<double>(level);
-        return toFloat(kTwenty * std::log10(gain));
+        return toFloat(kTwenty * math::log10(gain));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "effects/filters/ParametricEQ.h"
 
-#include <cmath>
+#include "Math.h"
 
 #include "MF/Constants.h"
 #include "effects/filters/Boost.h"
@@ -46,7 +46,7 @@ float centerParameter(float hz, float sampleRate) {
     // Clamped before the root; a NaN passes through both tests.
     if (fraction < 0.0) fraction = 0.0;
     if (fraction > 1.0) fraction = 1.0;
-    return toFloat(std::sqrt(fraction));
+    return toFloat(math::sqrt(fraction));
 }
 
 float widthDisplay(float p) { return toFloat(kWidthSpan * p + kWidthFloor); }
@@ -73,14 +73,14 @@ PeakingDesign designPeaking(float center, float q, float boost) noexcept {
     // steps after it run in double precision as written.
     // w: the centre as an angle in radians per sample (pi at Nyquist).
     const double w = toFloat(centerFractionOfNyquist(center) * MF::kPi);
-    const double s = toFloat(std::sin(w));
+    const double s = toFloat(math::sin(w));
     // The width enters as a multiplier: a larger value gives a wider bell.
     const double qValue = q;
     const double width = kWidthSpan * (qValue * qValue) + kWidthFloor;
     const double alpha = toFloat(s * 2.0 * width);
-    const double a = toFloat(std::pow(10.0, boostScale::decibels(boost) * kDecibelsToExponent));
+    const double a = toFloat(math::pow(10.0, boostScale::decibels(boost) * kDecibelsToExponent));
     const double n = toFloat(1.0 / (1.0 + alpha / a));
-    const double cosW = toFloat(std::cos(w));
+    const double cosW = toFloat(math::cos(w));
     PeakingDesign design;
     design.c0 = toFloat((1.0 + alpha * a) * n);
     design.c1 = toFloat(-2.0 * cosW * n);
