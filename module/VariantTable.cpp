@@ -59,6 +59,11 @@ constexpr unsigned kSurround51 = 0x820u;
 constexpr unsigned kSixteen = 0x18000u;
 constexpr unsigned kLevel = 0x4000u;
 
+// The four-channel classes have no row, and the module builds them nowhere
+// else: naming their makers here emits their tables and types in the module,
+// exported like every other variant's.
+[[gnu::used]] constexpr AudioEffect* (*kUnregisteredVariants[])(audioMasterCallback) = {
+    make<AudioInvert4>, make<AudioParametricEQ4>, make<AudioBass4>, make<AudioTreble4>};
 
 }  // namespace
 

@@ -19,8 +19,12 @@ void ParameterFamily::setProgram(VstInt32 program) {
     curProgram = program;
     for (VstInt32 index = 0; index < numParams; ++index)
         if (const Parameter* row = parameterAt(static_cast<unsigned>(index)))
-            setParameterAutomated(index, row->defaultValue);
+            restoreDefault(index, row->defaultValue);
 }
+
+void ParameterFamily::restoreDefault(VstInt32 index, float value) { setParameterAutomated(index, value); }
+
+float ParameterFamily::currentSampleRate() const { return const_cast<ParameterFamily*>(this)->getSampleRate(); }
 
 void ParameterFamily::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
 
@@ -43,12 +47,14 @@ ML::VSTPropertySupportMixin::ParameterType ParameterFamily::GetParameterType(uns
 
 float ParameterFamily::GetParameterMax(unsigned index) const {
     const Parameter* row = parameterAt(index);
-    return row != nullptr ? row->maximum : 0.0f;
+    if (row == nullptr) return 0.0f;
+    return row->rateScale != nullptr ? row->rateScale->maximum(currentSampleRate()) : row->maximum;
 }
 
 float ParameterFamily::GetParameterMin(unsigned index) const {
     const Parameter* row = parameterAt(index);
-    return row != nullptr ? row->minimum : 0.0f;
+    if (row == nullptr) return 0.0f;
+    return row->rateScale != nullptr ? row->rateScale->minimum(currentSampleRate()) : row->minimum;
 }
 
 float ParameterFamily::GetParameterStep(unsigned index) const {
@@ -58,17 +64,21 @@ float ParameterFamily::GetParameterStep(unsigned index) const {
 
 bool ParameterFamily::SupportsDisplayValueToParameter(unsigned index) const {
     const Parameter* row = parameterAt(index);
-    return row != nullptr && row->toParameter != nullptr;
+    return row != nullptr && (row->toParameter != nullptr || row->rateScale != nullptr);
 }
 
 float ParameterFamily::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
     const Parameter* row = parameterAt(index);
-    return row != nullptr && row->toParameter != nullptr ? row->toParameter(displayValue) : 0.0f;
+    if (row == nullptr) return 0.0f;
+    if (row->rateScale != nullptr) return row->rateScale->toParameter(displayValue, currentSampleRate());
+    return row->toParameter != nullptr ? row->toParameter(displayValue) : 0.0f;
 }
 
 float ParameterFamily::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
     const Parameter* row = parameterAt(index);
-    return row != nullptr && row->toDisplay != nullptr ? row->toDisplay(parameterValue) : 0.0f;
+    if (row == nullptr) return 0.0f;
+    if (row->rateScale != nullptr) return row->rateScale->toDisplay(parameterValue, currentSampleRate());
+    return row->toDisplay != nullptr ? row->toDisplay(parameterValue) : 0.0f;
 }
 
 }  // namespace AF

@@ -10,6 +10,15 @@
 
 namespace AF {
 
+// For a parameter whose displayed range and conversions follow the sample
+// rate (a frequency set as a fraction of Nyquist).
+struct RateScale {
+    float (*minimum)(float sampleRate);
+    float (*maximum)(float sampleRate);
+    float (*toDisplay)(float parameterValue, float sampleRate);
+    float (*toParameter)(float displayValue, float sampleRate);
+};
+
 struct Parameter {
     const char* nameKey;
     const char* labelKey;  // null: the label is the empty text
@@ -20,11 +29,14 @@ struct Parameter {
     float defaultValue;  // normalised, restored by the program
     float (*toDisplay)(float parameterValue);
     float (*toParameter)(float displayValue);
+    // Set for a frequency: it answers in place of
+    // minimum, maximum and the two conversions, at the current sample rate.
+    const RateScale* rateScale = nullptr;
 };
 
 class AF_EXPORT ParameterFamily : public AudioEffectX, public ML::VSTPropertySupportMixin {
 public:
-    // Stores the program, then reports every parameter's default to the host in index order.
+    // Stores the program, then restores every parameter's default in index order.
     void setProgram(VstInt32 program) override;
     void getProgramName(char* name) override;
     // An index outside the table writes nothing.
@@ -49,7 +61,14 @@ protected:
     // parameter. A family whose parameters all share one row overrides it.
     virtual const Parameter* parameterAt(unsigned index) const noexcept;
 
+    // How the program puts one parameter back to its default: by default the
+    // automated setter, so the host hears of it.
+    virtual void restoreDefault(VstInt32 index, float value);
+
 private:
+    // Read through the virtual getter: the property answers are const.
+    float currentSampleRate() const;
+
     std::span<const Parameter> table;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 // The band-pass: one section with unity gain at the centre;
 // parameters "Center" and "Q" (see OneSectionFilter.h).
+#include "effects/family/ChannelVariant.h"
 #include "OneSectionFilter.h"
 
 namespace AF {
@@ -11,32 +12,14 @@ public:
     ~AudioBandpass() override;
 };
 
-extern template class CutFilterVariant<AudioBandpass, 1>;
-class AF_EXPORT AudioBandpass1 final : public CutFilterVariant<AudioBandpass, 1> {
-public:
-    explicit AudioBandpass1(audioMasterCallback audioMaster);
-    ~AudioBandpass1() override;
-};
+extern template class CutFilterChannels<AudioBandpass, 1>;
+extern template class CutFilterChannels<AudioBandpass, 2>;
+extern template class CutFilterChannels<AudioBandpass, 6>;
+extern template class CutFilterChannels<AudioBandpass, 16>;
 
-extern template class CutFilterVariant<AudioBandpass, 2>;
-class AF_EXPORT AudioBandpass2 final : public CutFilterVariant<AudioBandpass, 2> {
-public:
-    explicit AudioBandpass2(audioMasterCallback audioMaster);
-    ~AudioBandpass2() override;
-};
-
-extern template class CutFilterVariant<AudioBandpass, 6>;
-class AF_EXPORT AudioBandpass6 final : public CutFilterVariant<AudioBandpass, 6> {
-public:
-    explicit AudioBandpass6(audioMasterCallback audioMaster);
-    ~AudioBandpass6() override;
-};
-
-extern template class CutFilterVariant<AudioBandpass, 16>;
-class AF_EXPORT AudioBandpass16 final : public CutFilterVariant<AudioBandpass, 16> {
-public:
-    explicit AudioBandpass16(audioMasterCallback audioMaster);
-    ~AudioBandpass16() override;
-};
+class AF_EXPORT AudioBandpass1 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandpass2 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandpass6 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandpass16 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -1,6 +1,7 @@
 #pragma once
 // The notch, shown to the user as "Notch": one section that removes the
 // centre; parameters "Center" and "Q" (see OneSectionFilter.h).
+#include "effects/family/ChannelVariant.h"
 #include "OneSectionFilter.h"
 
 namespace AF {
@@ -11,32 +12,14 @@ public:
     ~AudioBandreject() override;
 };
 
-extern template class CutFilterVariant<AudioBandreject, 1>;
-class AF_EXPORT AudioBandreject1 final : public CutFilterVariant<AudioBandreject, 1> {
-public:
-    explicit AudioBandreject1(audioMasterCallback audioMaster);
-    ~AudioBandreject1() override;
-};
+extern template class CutFilterChannels<AudioBandreject, 1>;
+extern template class CutFilterChannels<AudioBandreject, 2>;
+extern template class CutFilterChannels<AudioBandreject, 6>;
+extern template class CutFilterChannels<AudioBandreject, 16>;
 
-extern template class CutFilterVariant<AudioBandreject, 2>;
-class AF_EXPORT AudioBandreject2 final : public CutFilterVariant<AudioBandreject, 2> {
-public:
-    explicit AudioBandreject2(audioMasterCallback audioMaster);
-    ~AudioBandreject2() override;
-};
-
-extern template class CutFilterVariant<AudioBandreject, 6>;
-class AF_EXPORT AudioBandreject6 final : public CutFilterVariant<AudioBandreject, 6> {
-public:
-    explicit AudioBandreject6(audioMasterCallback audioMaster);
-    ~AudioBandreject6() override;
-};
-
-extern template class CutFilterVariant<AudioBandreject, 16>;
-class AF_EXPORT AudioBandreject16 final : public CutFilterVariant<AudioBandreject, 16> {
-public:
-    explicit AudioBandreject16(audioMasterCallback audioMaster);
-    ~AudioBandreject16() override;
-};
+class AF_EXPORT AudioBandreject1 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandreject2 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandreject6 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandreject16 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

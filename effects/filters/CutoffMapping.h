@@ -1,7 +1,7 @@
 #pragma once
 // What the high-pass, low-pass, band-pass and notch share: the square-law map
 // between the normalised cutoff (or centre) and hertz, the frequency
-// parameter's property answers, their anti-denormal offset and unique ids.
+// parameter's property answers and their anti-denormal offset.
 //
 // The map picks a fraction of Nyquist: hz = (p·p·0.99 + 0.000416666)·rate/2.
 // The constants keep the precision each side was built with: the forward map
@@ -11,6 +11,7 @@
 
 #include "AEffect.h"
 #include "Numeric.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF::cutoff {
 
@@ -46,19 +47,11 @@ inline float minHz(float sampleRate) noexcept {
     return toFloat(static_cast<double>(sampleRate) * kHalf * kFloorFractionFloat);
 }
 
+// The frequency parameter's range and conversions at a sample rate.
+inline constexpr RateScale kScale{minHz, maxHz, cutoffHz, cutoffParameter};
+
 // The offset that keeps silent recursions out of subnormal numbers.
 inline constexpr float kAntiDenormal = 1e-25f;
-
-// Every filter family shares its four-character code by channel count.
-template <unsigned Channels>
-constexpr VstInt32 uniqueId() {
-    static_assert(Channels == 1 || Channels == 2 || Channels == 4 || Channels == 6 || Channels == 16);
-    if constexpr (Channels == 1) return fourCharCode("AFl1");
-    else if constexpr (Channels == 2) return fourCharCode("AFl2");
-    else if constexpr (Channels == 4) return fourCharCode("AFl4");
-    else if constexpr (Channels == 6) return fourCharCode("AFl6");
-    else return fourCharCode("AF16");
-}
 
 // Frames of a call left after frame n (0 for the last one): the offset
 // patterns count from the end of the call.

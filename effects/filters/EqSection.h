@@ -1,7 +1,7 @@
 #pragma once
 // What the three equaliser families (Parametric EQ, Bass, Treble) share: the
 // four floats of memory a second-order section keeps per channel, the block
-// loop that visits the channels in the family's order, and the variant shape.
+// loop that visits the channels in the family's order, and the processing calls.
 //
 //   x ──┬──────────────► [kernel] ──┬──► y
 //       └─► x1 ─► x2                └─► y1 ─► y2
@@ -14,7 +14,6 @@
 #include "effects/filters/ChannelOrder.h"
 #include "effects/filters/VectorPath.h"
 #include "frame/Numeric.h"
-#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -35,17 +34,6 @@ inline constexpr int kEqHistoryLength = 4;
 
 // Whether a call overwrites the output (processReplacing) or adds to it (process).
 enum class EqMode { replace, accumulate };
-
-// The four-character code every filter family shares for a channel count.
-constexpr VstInt32 eqUniqueId(unsigned channels) {
-    switch (channels) {
-        case 1: return fourCharCode("AFl1");
-        case 2: return fourCharCode("AFl2");
-        case 4: return fourCharCode("AFl4");
-        case 6: return fourCharCode("AFl6");
-        default: return fourCharCode("AF16");
-    }
-}
 
 // Several channels per instruction. A lane holds one channel; the doubles
 // hold exactly the floats the plain loop converts (float to double is exact),
@@ -266,31 +254,45 @@ void runEqBlock(AR::AudioBuffer& memory, float** inputs, float** outputs, VstInt
     }
 }
 
-// A channel variant: the family built for `Channels`, its record set up as the
-// host expects, and both processing calls routed to the family's one loop.
-// The members are defined out of line and instantiated once, in the family's
-// source file, so the module exports them.
+// An equaliser family for a fixed channel count: both processing calls run
+// the family's one loop (each named variant is this over its family, see
+// effects/family/ChannelVariant.h). The family brings its `Section`, its
+// one-sample `step` and its lazily refreshed design. The members are
+// instantiated once, in the family's source file, so the module exports them.
 template <class Family, unsigned Channels>
-class AF_EXPORT EqVariant : public Family {
+class AF_EXPORT EqChannels : public Family {
 public:
-    explicit EqVariant(audioMasterCallback audioMaster);
+    EqChannels(unsigned channels, audioMasterCallback audioMaster) : Family(channels, audioMaster) {}
     void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
+
+private:
+    template <EqMode Mode>
+    void run(float** inputs, float** outputs, VstInt32 frames);
 };
 
 template <class Family, unsigned Channels>
-EqVariant<Family, Channels>::EqVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-    configureVariant(*this, static_cast<VstInt32>(Channels), eqUniqueId(Channels));
+void EqChannels<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<EqMode::accumulate>(inputs, outputs, sampleFrames);
 }
 
 template <class Family, unsigned Channels>
-void EqVariant<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    this->template run<Channels, EqMode::accumulate>(inputs, outputs, sampleFrames);
+void EqChannels<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    run<EqMode::replace>(inputs, outputs, sampleFrames);
 }
 
 template <class Family, unsigned Channels>
-void EqVariant<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    this->template run<Channels, EqMode::replace>(inputs, outputs, sampleFrames);
+template <EqMode Mode>
+void EqChannels<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) {
+    auto design = this->currentDesign();
+    runEqBlock<Channels, Mode, typename Family::Section>(
+        this->history, inputs, outputs, frames,
+        [&] {
+            this->refreshDesign();
+            design = this->currentDesign();
+        },
+        [&](EqHistory& memory, const float& input) { return Family::step(design, memory, input); },
+        [&]() -> const decltype(design)& { return design; });
 }
 
 }  // namespace AF

@@ -1,6 +1,7 @@
 #pragma once
 // The fourth-order high-pass: passes what lies above the cutoff;
 // one parameter, "Cutoff" (see TwoSectionFilter.h).
+#include "effects/family/ChannelVariant.h"
 #include "TwoSectionFilter.h"
 
 namespace AF {
@@ -11,32 +12,14 @@ public:
     ~AudioHighpass() override;
 };
 
-extern template class CutFilterVariant<AudioHighpass, 1>;
-class AF_EXPORT AudioHighpass1 final : public CutFilterVariant<AudioHighpass, 1> {
-public:
-    explicit AudioHighpass1(audioMasterCallback audioMaster);
-    ~AudioHighpass1() override;
-};
+extern template class CutFilterChannels<AudioHighpass, 1>;
+extern template class CutFilterChannels<AudioHighpass, 2>;
+extern template class CutFilterChannels<AudioHighpass, 6>;
+extern template class CutFilterChannels<AudioHighpass, 16>;
 
-extern template class CutFilterVariant<AudioHighpass, 2>;
-class AF_EXPORT AudioHighpass2 final : public CutFilterVariant<AudioHighpass, 2> {
-public:
-    explicit AudioHighpass2(audioMasterCallback audioMaster);
-    ~AudioHighpass2() override;
-};
-
-extern template class CutFilterVariant<AudioHighpass, 6>;
-class AF_EXPORT AudioHighpass6 final : public CutFilterVariant<AudioHighpass, 6> {
-public:
-    explicit AudioHighpass6(audioMasterCallback audioMaster);
-    ~AudioHighpass6() override;
-};
-
-extern template class CutFilterVariant<AudioHighpass, 16>;
-class AF_EXPORT AudioHighpass16 final : public CutFilterVariant<AudioHighpass, 16> {
-public:
-    explicit AudioHighpass16(audioMasterCallback audioMaster);
-    ~AudioHighpass16() override;
-};
+class AF_EXPORT AudioHighpass1 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioHighpass2 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioHighpass6 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioHighpass16 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -1,6 +1,7 @@
 #pragma once
 // The fourth-order low-pass: passes what lies below the cutoff;
 // one parameter, "Cutoff" (see TwoSectionFilter.h).
+#include "effects/family/ChannelVariant.h"
 #include "TwoSectionFilter.h"
 
 namespace AF {
@@ -11,32 +12,14 @@ public:
     ~AudioLowpass() override;
 };
 
-extern template class CutFilterVariant<AudioLowpass, 1>;
-class AF_EXPORT AudioLowpass1 final : public CutFilterVariant<AudioLowpass, 1> {
-public:
-    explicit AudioLowpass1(audioMasterCallback audioMaster);
-    ~AudioLowpass1() override;
-};
+extern template class CutFilterChannels<AudioLowpass, 1>;
+extern template class CutFilterChannels<AudioLowpass, 2>;
+extern template class CutFilterChannels<AudioLowpass, 6>;
+extern template class CutFilterChannels<AudioLowpass, 16>;
 
-extern template class CutFilterVariant<AudioLowpass, 2>;
-class AF_EXPORT AudioLowpass2 final : public CutFilterVariant<AudioLowpass, 2> {
-public:
-    explicit AudioLowpass2(audioMasterCallback audioMaster);
-    ~AudioLowpass2() override;
-};
-
-extern template class CutFilterVariant<AudioLowpass, 6>;
-class AF_EXPORT AudioLowpass6 final : public CutFilterVariant<AudioLowpass, 6> {
-public:
-    explicit AudioLowpass6(audioMasterCallback audioMaster);
-    ~AudioLowpass6() override;
-};
-
-extern template class CutFilterVariant<AudioLowpass, 16>;
-class AF_EXPORT AudioLowpass16 final : public CutFilterVariant<AudioLowpass, 16> {
-public:
-    explicit AudioLowpass16(audioMasterCallback audioMaster);
-    ~AudioLowpass16() override;
-};
+class AF_EXPORT AudioLowpass1 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioLowpass2 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioLowpass6 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioLowpass16 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

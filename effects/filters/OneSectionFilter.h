@@ -9,18 +9,14 @@
 // Coefficients depend on the normalised centre and Q alone and are recomputed
 // lazily at the start of a processing call.
 #include <array>
-#include <atomic>
 #include "Math.h"
 
-#include "AR/AudioBuffer.h"
-#include "AudioEffectX.h"
+#include "CutFilterChannels.h"
 #include "CutoffMapping.h"
-#include "effects/family/FamilyShape.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "FilterFamily.h"
+#include "LaneGroups.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
-#include "CutFilterVariant.h"
-#include "LaneGroups.h"
 
 namespace AF {
 
@@ -153,55 +149,18 @@ struct SectionKernel {
     }
 };
 
-inline constexpr ParameterRow kCenterQRows[] = {
-    {"$$$/Korvex/AudioFilters/Center=Center", kHertzLabelKey, 0.25f},
-    {"$$$/Korvex/AudioFilters/Q=Q", nullptr, 0.5f},
-};
-
-// The family: parameters, properties, lifecycle and the lazy design. The
-// channel variants (CutFilterVariant.h) add the processing calls.
+// The family: centre and Q and the lazy design. The channel variants
+// (CutFilterChannels.h) add the processing calls.
 template <SectionResponse Response>
-class AF_EXPORT SectionFamily : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT SectionFamily : public FilterFamily<SectionDesign, 2> {
 public:
     using Kernel = SectionKernel<Response>;
 
     SectionFamily(unsigned channels, audioMasterCallback audioMaster);
     ~SectionFamily() override;
 
-    void setProgram(VstInt32 program) override;
-    void setParameter(VstInt32 index, float value) override;
-    float getParameter(VstInt32 index) override;
-    void getProgramName(char* name) override;
-    void getParameterName(VstInt32 index, char* text) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
-    void getParameterDisplay(VstInt32 index, char* text) override;
-    void setSampleRate(float newSampleRate) override;
-    void suspend() override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
-
-    // For inspection: the coefficients in use and the filter memory.
-    SectionDesign currentDesign() const noexcept { return design; }
-    const AR::AudioBuffer& historyBuffer() const noexcept { return history; }
-
 protected:
-    // Recomputes the design when the centre or Q differs from the applied one
-    // (a NaN always differs).
-    void refreshDesign() noexcept;
-    float currentSampleRate() const;
-
-    AR::AudioBuffer history;
-    float appliedCenter = -1.0f;
-    std::atomic<float> center{0.25f};
-    float appliedQ = -1.0f;
-    std::atomic<float> q{0.5f};
-    SectionDesign design;
+    SectionDesign designFor(const Values& parameters) noexcept override;
 };
 
 }  // namespace AF

@@ -2,11 +2,12 @@
 // A single peaking (bell) band: one second-order section per channel whose
 // centre frequency, width and boost or cut the user sets. Coefficients are
 // recomputed at the start of a buffer when a parameter moved; there is no ramp.
-#include <atomic>
+#include <array>
 
-#include "ML/VSTPropertySupportMixin.h"
-#include "frame/Numeric.h"
+#include "effects/family/ChannelVariant.h"
 #include "effects/filters/EqSection.h"
+#include "effects/filters/FilterFamily.h"
+#include "frame/Numeric.h"
 
 namespace AF {
 
@@ -58,94 +59,37 @@ inline float peakingKernel(const PeakingDesign& design, EqHistory& history, cons
     return y;
 }
 
-class AF_EXPORT AudioParametricEQ : public AudioEffectX, public ML::VSTPropertySupportMixin {
+// The family: centre, width and boost and the lazy design. The channel
+// variants (EqChannels in EqSection.h) add the processing calls.
+class AF_EXPORT AudioParametricEQ : public FilterFamily<PeakingDesign, 3> {
 public:
+    using Section = PeakingSection;
+    static float step(const PeakingDesign& design, EqHistory& memory, const float& input) noexcept {
+        return peakingKernel(design, memory, input);
+    }
+
     AudioParametricEQ(unsigned channels, audioMasterCallback audioMaster);
     ~AudioParametricEQ() override;
 
-    void setProgram(VstInt32 program) override;
-    void setParameter(VstInt32 index, float value) override;
-    float getParameter(VstInt32 index) override;
-    void getProgramName(char* name) override;
-    void getParameterName(VstInt32 index, char* text) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
-    void getParameterDisplay(VstInt32 index, char* text) override;
-    void setSampleRate(float newSampleRate) override;
-    void suspend() override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
-
-    // The coefficients the section runs on (for diagnostics and tests).
-    const PeakingDesign& coefficients() const noexcept { return design_; }
-
 protected:
-    // The one loop of every channel variant.
-    template <unsigned Channels, EqMode Mode>
-    void run(float** inputs, float** outputs, VstInt32 frames) {
-        PeakingDesign design = design_;
-        runEqBlock<Channels, Mode, PeakingSection>(
-            history_, inputs, outputs, frames,
-            [&] {
-                refreshCoefficients();
-                design = design_;
-            },
-            [&](EqHistory& history, const float& input) { return peakingKernel(design, history, input); },
-            [&]() -> const PeakingDesign& { return design; });
-    }
-
-private:
-    void refreshCoefficients() noexcept;
-    void forgetState() noexcept;
-    float currentSampleRate() const;
-
-    AR::AudioBuffer history_;
-    float lastCenter_ = -1.0f;
-    std::atomic<float> center_{1.0f};
-    float lastQ_ = -1.0f;
-    std::atomic<float> q_{0.5f};
-    float lastBoost_ = 0.0f;
-    std::atomic<float> boost_{0.5f};
-    PeakingDesign design_;
+    PeakingDesign designFor(const Values& parameters) noexcept override;
+    // The width's text shows the square law the filter uses, unlike the
+    // host-facing conversion, which is linear.
+    float shownValue(unsigned index, float value) const override;
 };
 
 // The variants' shared members are instantiated in the family's source file.
-extern template class EqVariant<AudioParametricEQ, 1>;
-extern template class EqVariant<AudioParametricEQ, 2>;
-extern template class EqVariant<AudioParametricEQ, 4>;
-extern template class EqVariant<AudioParametricEQ, 6>;
-extern template class EqVariant<AudioParametricEQ, 16>;
+extern template class EqChannels<AudioParametricEQ, 1>;
+extern template class EqChannels<AudioParametricEQ, 2>;
+extern template class EqChannels<AudioParametricEQ, 4>;
+extern template class EqChannels<AudioParametricEQ, 6>;
+extern template class EqChannels<AudioParametricEQ, 16>;
 
-class AF_EXPORT AudioParametricEQ1 final : public EqVariant<AudioParametricEQ, 1> {
-public:
-    explicit AudioParametricEQ1(audioMasterCallback audioMaster);
-    ~AudioParametricEQ1() override;
-};
-class AF_EXPORT AudioParametricEQ2 final : public EqVariant<AudioParametricEQ, 2> {
-public:
-    explicit AudioParametricEQ2(audioMasterCallback audioMaster);
-    ~AudioParametricEQ2() override;
-};
+class AF_EXPORT AudioParametricEQ1 final : public ChannelVariant<EqChannels<AudioParametricEQ, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioParametricEQ2 final : public ChannelVariant<EqChannels<AudioParametricEQ, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
 // Built and exported, never registered.
-class AF_EXPORT AudioParametricEQ4 final : public EqVariant<AudioParametricEQ, 4> {
-public:
-    explicit AudioParametricEQ4(audioMasterCallback audioMaster);
-    ~AudioParametricEQ4() override;
-};
-class AF_EXPORT AudioParametricEQ6 final : public EqVariant<AudioParametricEQ, 6> {
-public:
-    explicit AudioParametricEQ6(audioMasterCallback audioMaster);
-    ~AudioParametricEQ6() override;
-};
-class AF_EXPORT AudioParametricEQ16 final : public EqVariant<AudioParametricEQ, 16> {
-public:
-    explicit AudioParametricEQ16(audioMasterCallback audioMaster);
-    ~AudioParametricEQ16() override;
-};
+class AF_EXPORT AudioParametricEQ4 final : public ChannelVariant<EqChannels<AudioParametricEQ, 4>, 4, "AFl4"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioParametricEQ6 final : public ChannelVariant<EqChannels<AudioParametricEQ, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioParametricEQ16 final : public ChannelVariant<EqChannels<AudioParametricEQ, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -3,10 +3,9 @@
 // shelf per channel with a fixed corner and a boost or cut of up to 24 dB.
 // The two families are the same code with their own constants and texts.
 #include <array>
-#include <atomic>
 
-#include "ML/VSTPropertySupportMixin.h"
 #include "effects/filters/EqSection.h"
+#include "effects/filters/FilterFamily.h"
 #include "frame/Numeric.h"
 
 namespace AF {
@@ -18,7 +17,7 @@ struct ShelfShape {
     double cornerScale;  // K: w = pi K / fs, so K / 2 is the corner in Hz
     double slope;        // C of the slope term built from the angle
     ShelfKind kind;
-    std::array<ParameterRow, 1> rows;
+    std::array<Parameter, 1> parameters;  // the boost, under the family's own name
 };
 
 // The angle and the slope term, which depend on the sample rate only.
@@ -76,56 +75,24 @@ inline float shelfKernel(const ShelfDesign& design, EqHistory& history, const fl
     return y;
 }
 
-class AF_EXPORT AudioShelf : public AudioEffectX, public ML::VSTPropertySupportMixin {
+// The family behind Bass and Treble: the boost and the lazy design. The
+// channel variants (EqChannels in EqSection.h) add the processing calls.
+class AF_EXPORT AudioShelf : public FilterFamily<ShelfDesign, 1> {
 public:
+    using Section = ShelfSection;
+    static float step(const ShelfDesign& design, EqHistory& memory, const float& input) noexcept {
+        return shelfKernel(design, memory, input);
+    }
+
     AudioShelf(unsigned channels, audioMasterCallback audioMaster, const ShelfShape& shape);
     ~AudioShelf() override;
 
-    void setProgram(VstInt32 program) override;
-    void setParameter(VstInt32 index, float value) override;
-    float getParameter(VstInt32 index) override;
-    void getProgramName(char* name) override;
-    void getParameterName(VstInt32 index, char* text) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
-    void getParameterDisplay(VstInt32 index, char* text) override;
-    void setSampleRate(float newSampleRate) override;
-    void suspend() override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
-
-    // The coefficients the section runs on (for diagnostics and tests).
-    const ShelfDesign& coefficients() const noexcept { return design_; }
-
 protected:
-    // The one loop of every channel variant of both families.
-    template <unsigned Channels, EqMode Mode>
-    void run(float** inputs, float** outputs, VstInt32 frames) {
-        ShelfDesign design = design_;
-        runEqBlock<Channels, Mode, ShelfSection>(
-            history_, inputs, outputs, frames,
-            [&] {
-                refreshCoefficients();
-                design = design_;
-            },
-            [&](EqHistory& history, const float& input) { return shelfKernel(design, history, input); },
-            [&]() -> const ShelfDesign& { return design; });
-    }
+    // At the current sample rate: the corner is fixed in hertz.
+    ShelfDesign designFor(const Values& parameters) noexcept override;
 
 private:
-    void refreshCoefficients() noexcept;
-    void forgetState() noexcept;
-
     const ShelfShape& shape_;
-    AR::AudioBuffer history_;
-    float lastBoost_ = -1.0f;
-    std::atomic<float> boost_{0.5f};
-    ShelfDesign design_;
 };
 
 }  // namespace AF

@@ -1,6 +1,6 @@
 #include "effects/filters/Treble.h"
 
-#include <new>
+#include "effects/filters/Boost.h"
 
 namespace AF {
 
@@ -9,7 +9,7 @@ namespace {
 // w = pi 8000 / fs puts the corner at 4000 Hz; the slope term uses C = 5.
 // The parameter's name key (blanks around the word included) is its own, not Bass's.
 constexpr ShelfShape kTrebleShape{
-    8000.0, 5.0, ShelfKind::high, {{{"$$$/Korvex/AudioFilters/Boost2= Boost ", kDecibelLabelKey, 0.5f}}}};
+    8000.0, 5.0, ShelfKind::high, {boostScale::parameter("$$$/Korvex/AudioFilters/Boost2= Boost ")}};
 
 }  // namespace
 
@@ -18,21 +18,10 @@ AudioTreble::AudioTreble(unsigned channels, audioMasterCallback audioMaster)
 
 AudioTreble::~AudioTreble() = default;
 
-template class EqVariant<AudioTreble, 1>;
-template class EqVariant<AudioTreble, 2>;
-template class EqVariant<AudioTreble, 4>;
-template class EqVariant<AudioTreble, 6>;
-template class EqVariant<AudioTreble, 16>;
-
-AudioTreble1::AudioTreble1(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
-AudioTreble1::~AudioTreble1() = default;
-AudioTreble2::AudioTreble2(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
-AudioTreble2::~AudioTreble2() = default;
-AudioTreble4::AudioTreble4(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
-AudioTreble4::~AudioTreble4() = default;
-AudioTreble6::AudioTreble6(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
-AudioTreble6::~AudioTreble6() = default;
-AudioTreble16::AudioTreble16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
-AudioTreble16::~AudioTreble16() = default;
+template class EqChannels<AudioTreble, 1>;
+template class EqChannels<AudioTreble, 2>;
+template class EqChannels<AudioTreble, 4>;
+template class EqChannels<AudioTreble, 6>;
+template class EqChannels<AudioTreble, 16>;
 
 }  // namespace AF

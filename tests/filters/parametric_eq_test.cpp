@@ -40,14 +40,14 @@ TEST(ParametricEq, CoefficientsStartAtZero) {
     // A host that stores the stale markers first gets no computation at all:
     // the section runs on zero coefficients and puts out the bias alone.
     AF::AudioParametricEQ2 effect(nullptr);
-    expectSameDesign(effect.coefficients(), eqref::Peaking{});
+    expectSameDesign(effect.currentDesign(), eqref::Peaking{});
     effect.setParameter(0, -1.0f);
     effect.setParameter(1, -1.0f);
     effect.setParameter(2, 0.0f);
     Channels buffer = taggedSignal(2, 16);
     std::vector<float*> pointers{buffer[0].data(), buffer[1].data()};
     effect.processReplacing(pointers.data(), pointers.data(), 16);
-    expectSameDesign(effect.coefficients(), eqref::Peaking{});
+    expectSameDesign(effect.currentDesign(), eqref::Peaking{});
     for (const auto& channel : buffer)
         for (float y : channel) EXPECT_EQ(bits(y), bits(1e-25f));
 }
@@ -69,15 +69,15 @@ TEST(ParametricEq, FirstBufferUsesTheConstructionValues) {
     Channels buffer = taggedSignal(1, 8);
     rig->call(false, buffer, buffer, 0, 8);
     auto& effect = dynamic_cast<AF::AudioParametricEQ&>(rig->effect());
-    expectSameDesign(effect.coefficients(), eqref::peakingCoefficients(1.0f, 0.5f, 0.5f));
+    expectSameDesign(effect.currentDesign(), eqref::peakingCoefficients(1.0f, 0.5f, 0.5f));
 
     // With only the boost moved, the centre is still the constructor's 1.0.
     auto moved = makeRig<AF::AudioParametricEQ1>();
     moved->setParameter(2, 0.75f);
     moved->call(false, buffer, buffer, 0, 8);
     auto& movedEffect = dynamic_cast<AF::AudioParametricEQ&>(moved->effect());
-    expectSameDesign(movedEffect.coefficients(), eqref::peakingCoefficients(1.0f, 0.5f, 0.75f));
-    EXPECT_NE(bits(movedEffect.coefficients().c1), bits(eqref::peakingCoefficients(0.25f, 0.5f, 0.75f).c1));
+    expectSameDesign(movedEffect.currentDesign(), eqref::peakingCoefficients(1.0f, 0.5f, 0.75f));
+    EXPECT_NE(bits(movedEffect.currentDesign().c1), bits(eqref::peakingCoefficients(0.25f, 0.5f, 0.75f).c1));
 }
 
 TEST(ParametricEq, ZeroDecibelsPassesTheSignal) {
@@ -307,10 +307,10 @@ TEST(ParametricEq, SuspendClearsHistoryAndResetsTheSnapshot) {
     rig->call(false, silence, silence, 0, 1);
     EXPECT_EQ(bits(silence[0][0]), bits(1e-25f));
     // -1, -1, 0 equals the reset snapshot, so nothing was recomputed.
-    expectSameDesign(effect.coefficients(), eqref::peakingCoefficients(1.0f, 0.5f, 0.9f));
+    expectSameDesign(effect.currentDesign(), eqref::peakingCoefficients(1.0f, 0.5f, 0.9f));
     rig->setParameter(2, 0.1f);
     rig->call(false, silence, silence, 0, 1);
-    expectSameDesign(effect.coefficients(), eqref::peakingCoefficients(-1.0f, -1.0f, 0.1f));
+    expectSameDesign(effect.currentDesign(), eqref::peakingCoefficients(-1.0f, -1.0f, 0.1f));
 }
 
 // ---- Response ---------------------------------------------------------------

@@ -1,6 +1,7 @@
 #pragma once
-// The processing calls every channel variant of the cut filters (high-pass,
-// low-pass, band-pass, notch) shares. A family brings its kernel as
+// The processing calls of the cut filters (high-pass, low-pass, band-pass,
+// notch) for a fixed channel count; each named variant is this over its family
+// (see effects/family/ChannelVariant.h). A family brings its kernel as
 // `Family::Kernel`:
 //   Design, History            coefficients and one channel's memory (floats,
 //                              in the order the history buffer keeps them)
@@ -15,7 +16,6 @@
 #include "AEffect.h"
 #include "ChannelOrder.h"
 #include "CutoffMapping.h"
-#include "effects/family/FamilyShape.h"
 #include "LaneGroups.h"
 #include "Numeric.h"
 #include "VectorPath.h"
@@ -27,11 +27,9 @@ namespace AF {
 // channels on, the channels run several per instruction where the processor
 // allows (see LaneGroups.h), with the same samples as the plain loop.
 template <class Family, unsigned Channels>
-class AF_EXPORT CutFilterVariant : public Family {
+class AF_EXPORT CutFilterChannels : public Family {
 public:
-    explicit CutFilterVariant(audioMasterCallback audioMaster) : Family(Channels, audioMaster) {
-        configureVariant(*this, Channels, cutoff::uniqueId<Channels>());
-    }
+    CutFilterChannels(unsigned channels, audioMasterCallback audioMaster) : Family(channels, audioMaster) {}
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
         run<false>(inputs, outputs, sampleFrames);
     }
@@ -65,7 +63,7 @@ private:
 
 template <class Family, unsigned Channels>
 template <bool Accumulate>
-void CutFilterVariant<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
+void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) noexcept {
     std::array<float*, Channels> memory{};
     const bool usable = loadMemory(memory, inputs, outputs);
     if (!usable) frames = 0;  // still refreshes, as a call of no frames does
@@ -102,7 +100,7 @@ void CutFilterVariant<Family, Channels>::run(float** inputs, float** outputs, Vs
 }
 
 template <class Family, unsigned Channels>
-bool CutFilterVariant<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
+bool CutFilterChannels<Family, Channels>::loadMemory(std::array<float*, Channels>& memory, float** inputs,
                                                     float** outputs) noexcept {
     if (inputs == nullptr || outputs == nullptr) return false;
     for (unsigned c = 0; c < Channels; ++c) {
