@@ -2,7 +2,10 @@
 // A channel variant: its family built for a fixed channel count, with the
 // record's channel counts, four-character id and replacing flag set. Each
 // name the host knows is a one-line final class over this, e.g.
-//   class AF_EXPORT AudioEnvelope2 final : public ChannelVariant<AudioEnvelope, 2, "AEn2"> { using ChannelVariant::ChannelVariant; };
+//   class AF_EXPORT AudioEnvelope2 final : public ChannelVariant<AudioEnvelope, 2, "AEn2"> {
+//   public: explicit AudioEnvelope2(audioMasterCallback audioMaster); ~AudioEnvelope2() override; };
+// with the constructor and destructor defined in the family's source, so that the module exports them
+// under the variant's own name (a host may construct a variant class directly).
 #include <cstddef>
 
 #include "AudioEffect.h"

@@ -17,9 +17,9 @@ extern template class CutFilterChannels<AudioBandpass, 2>;
 extern template class CutFilterChannels<AudioBandpass, 6>;
 extern template class CutFilterChannels<AudioBandpass, 16>;
 
-class AF_EXPORT AudioBandpass1 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandpass2 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandpass6 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandpass16 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandpass1 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 1>, 1, "AFl1"> { public: explicit AudioBandpass1(audioMasterCallback audioMaster); ~AudioBandpass1() override; };
+class AF_EXPORT AudioBandpass2 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 2>, 2, "AFl2"> { public: explicit AudioBandpass2(audioMasterCallback audioMaster); ~AudioBandpass2() override; };
+class AF_EXPORT AudioBandpass6 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 6>, 6, "AFl6"> { public: explicit AudioBandpass6(audioMasterCallback audioMaster); ~AudioBandpass6() override; };
+class AF_EXPORT AudioBandpass16 final : public ChannelVariant<CutFilterChannels<AudioBandpass, 16>, 16, "AF16"> { public: explicit AudioBandpass16(audioMasterCallback audioMaster); ~AudioBandpass16() override; };
 
 }  // namespace AF

@@ -17,9 +17,9 @@ extern template class CutFilterChannels<AudioBandreject, 2>;
 extern template class CutFilterChannels<AudioBandreject, 6>;
 extern template class CutFilterChannels<AudioBandreject, 16>;
 
-class AF_EXPORT AudioBandreject1 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandreject2 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandreject6 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBandreject16 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBandreject1 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 1>, 1, "AFl1"> { public: explicit AudioBandreject1(audioMasterCallback audioMaster); ~AudioBandreject1() override; };
+class AF_EXPORT AudioBandreject2 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 2>, 2, "AFl2"> { public: explicit AudioBandreject2(audioMasterCallback audioMaster); ~AudioBandreject2() override; };
+class AF_EXPORT AudioBandreject6 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 6>, 6, "AFl6"> { public: explicit AudioBandreject6(audioMasterCallback audioMaster); ~AudioBandreject6() override; };
+class AF_EXPORT AudioBandreject16 final : public ChannelVariant<CutFilterChannels<AudioBandreject, 16>, 16, "AF16"> { public: explicit AudioBandreject16(audioMasterCallback audioMaster); ~AudioBandreject16() override; };
 
 }  // namespace AF

@@ -23,4 +23,11 @@ template class EqChannels<AudioBass, 4>;
 template class EqChannels<AudioBass, 6>;
 template class EqChannels<AudioBass, 16>;
 
+// Each variant defines its constructor and destructor here, so the module exports them under its own name.
+AudioBass1::AudioBass1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass1::~AudioBass1() = default;
+AudioBass2::AudioBass2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass2::~AudioBass2() = default;
+AudioBass4::AudioBass4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass4::~AudioBass4() = default;
+AudioBass6::AudioBass6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass6::~AudioBass6() = default;
+AudioBass16::AudioBass16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass16::~AudioBass16() = default;
+
 }  // namespace AF

@@ -18,11 +18,11 @@ extern template class EqChannels<AudioBass, 4>;
 extern template class EqChannels<AudioBass, 6>;
 extern template class EqChannels<AudioBass, 16>;
 
-class AF_EXPORT AudioBass1 final : public ChannelVariant<EqChannels<AudioBass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBass2 final : public ChannelVariant<EqChannels<AudioBass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBass1 final : public ChannelVariant<EqChannels<AudioBass, 1>, 1, "AFl1"> { public: explicit AudioBass1(audioMasterCallback audioMaster); ~AudioBass1() override; };
+class AF_EXPORT AudioBass2 final : public ChannelVariant<EqChannels<AudioBass, 2>, 2, "AFl2"> { public: explicit AudioBass2(audioMasterCallback audioMaster); ~AudioBass2() override; };
 // Built and exported, never registered.
-class AF_EXPORT AudioBass4 final : public ChannelVariant<EqChannels<AudioBass, 4>, 4, "AFl4"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBass6 final : public ChannelVariant<EqChannels<AudioBass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioBass16 final : public ChannelVariant<EqChannels<AudioBass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioBass4 final : public ChannelVariant<EqChannels<AudioBass, 4>, 4, "AFl4"> { public: explicit AudioBass4(audioMasterCallback audioMaster); ~AudioBass4() override; };
+class AF_EXPORT AudioBass6 final : public ChannelVariant<EqChannels<AudioBass, 6>, 6, "AFl6"> { public: explicit AudioBass6(audioMasterCallback audioMaster); ~AudioBass6() override; };
+class AF_EXPORT AudioBass16 final : public ChannelVariant<EqChannels<AudioBass, 16>, 16, "AF16"> { public: explicit AudioBass16(audioMasterCallback audioMaster); ~AudioBass16() override; };
 
 }  // namespace AF

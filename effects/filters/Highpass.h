@@ -17,9 +17,9 @@ extern template class CutFilterChannels<AudioHighpass, 2>;
 extern template class CutFilterChannels<AudioHighpass, 6>;
 extern template class CutFilterChannels<AudioHighpass, 16>;
 
-class AF_EXPORT AudioHighpass1 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioHighpass2 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioHighpass6 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioHighpass16 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioHighpass1 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 1>, 1, "AFl1"> { public: explicit AudioHighpass1(audioMasterCallback audioMaster); ~AudioHighpass1() override; };
+class AF_EXPORT AudioHighpass2 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 2>, 2, "AFl2"> { public: explicit AudioHighpass2(audioMasterCallback audioMaster); ~AudioHighpass2() override; };
+class AF_EXPORT AudioHighpass6 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 6>, 6, "AFl6"> { public: explicit AudioHighpass6(audioMasterCallback audioMaster); ~AudioHighpass6() override; };
+class AF_EXPORT AudioHighpass16 final : public ChannelVariant<CutFilterChannels<AudioHighpass, 16>, 16, "AF16"> { public: explicit AudioHighpass16(audioMasterCallback audioMaster); ~AudioHighpass16() override; };
 
 }  // namespace AF

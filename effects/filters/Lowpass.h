@@ -17,9 +17,9 @@ extern template class CutFilterChannels<AudioLowpass, 2>;
 extern template class CutFilterChannels<AudioLowpass, 6>;
 extern template class CutFilterChannels<AudioLowpass, 16>;
 
-class AF_EXPORT AudioLowpass1 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioLowpass2 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioLowpass6 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioLowpass16 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioLowpass1 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 1>, 1, "AFl1"> { public: explicit AudioLowpass1(audioMasterCallback audioMaster); ~AudioLowpass1() override; };
+class AF_EXPORT AudioLowpass2 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 2>, 2, "AFl2"> { public: explicit AudioLowpass2(audioMasterCallback audioMaster); ~AudioLowpass2() override; };
+class AF_EXPORT AudioLowpass6 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 6>, 6, "AFl6"> { public: explicit AudioLowpass6(audioMasterCallback audioMaster); ~AudioLowpass6() override; };
+class AF_EXPORT AudioLowpass16 final : public ChannelVariant<CutFilterChannels<AudioLowpass, 16>, 16, "AF16"> { public: explicit AudioLowpass16(audioMasterCallback audioMaster); ~AudioLowpass16() override; };
 
 }  // namespace AF

@@ -85,11 +85,11 @@ extern template class EqChannels<AudioParametricEQ, 4>;
 extern template class EqChannels<AudioParametricEQ, 6>;
 extern template class EqChannels<AudioParametricEQ, 16>;
 
-class AF_EXPORT AudioParametricEQ1 final : public ChannelVariant<EqChannels<AudioParametricEQ, 1>, 1, "AFl1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioParametricEQ2 final : public ChannelVariant<EqChannels<AudioParametricEQ, 2>, 2, "AFl2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioParametricEQ1 final : public ChannelVariant<EqChannels<AudioParametricEQ, 1>, 1, "AFl1"> { public: explicit AudioParametricEQ1(audioMasterCallback audioMaster); ~AudioParametricEQ1() override; };
+class AF_EXPORT AudioParametricEQ2 final : public ChannelVariant<EqChannels<AudioParametricEQ, 2>, 2, "AFl2"> { public: explicit AudioParametricEQ2(audioMasterCallback audioMaster); ~AudioParametricEQ2() override; };
 // Built and exported, never registered.
-class AF_EXPORT AudioParametricEQ4 final : public ChannelVariant<EqChannels<AudioParametricEQ, 4>, 4, "AFl4"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioParametricEQ6 final : public ChannelVariant<EqChannels<AudioParametricEQ, 6>, 6, "AFl6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioParametricEQ16 final : public ChannelVariant<EqChannels<AudioParametricEQ, 16>, 16, "AF16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioParametricEQ4 final : public ChannelVariant<EqChannels<AudioParametricEQ, 4>, 4, "AFl4"> { public: explicit AudioParametricEQ4(audioMasterCallback audioMaster); ~AudioParametricEQ4() override; };
+class AF_EXPORT AudioParametricEQ6 final : public ChannelVariant<EqChannels<AudioParametricEQ, 6>, 6, "AFl6"> { public: explicit AudioParametricEQ6(audioMasterCallback audioMaster); ~AudioParametricEQ6() override; };
+class AF_EXPORT AudioParametricEQ16 final : public ChannelVariant<EqChannels<AudioParametricEQ, 16>, 16, "AF16"> { public: explicit AudioParametricEQ16(audioMasterCallback audioMaster); ~AudioParametricEQ16() override; };
 
 }  // namespace AF

@@ -24,4 +24,11 @@ template class EqChannels<AudioTreble, 4>;
 template class EqChannels<AudioTreble, 6>;
 template class EqChannels<AudioTreble, 16>;
 
+// Each variant defines its constructor and destructor here, so the module exports them under its own name.
+AudioTreble1::AudioTreble1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble1::~AudioTreble1() = default;
+AudioTreble2::AudioTreble2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble2::~AudioTreble2() = default;
+AudioTreble4::AudioTreble4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble4::~AudioTreble4() = default;
+AudioTreble6::AudioTreble6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble6::~AudioTreble6() = default;
+AudioTreble16::AudioTreble16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble16::~AudioTreble16() = default;
+
 }  // namespace AF

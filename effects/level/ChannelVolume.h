@@ -47,8 +47,8 @@ private:
     bool allUnity;
 };
 
-class AF_EXPORT AudioChannelEnvelope2 final : public ChannelVariant<AudioChannelEnvelope, 2, "AEn2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioChannelEnvelope6 final : public ChannelVariant<AudioChannelEnvelope, 6, "AEn6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioChannelEnvelope16 final : public ChannelVariant<AudioChannelEnvelope, 16, "AE16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioChannelEnvelope2 final : public ChannelVariant<AudioChannelEnvelope, 2, "AEn2"> { public: explicit AudioChannelEnvelope2(audioMasterCallback audioMaster); ~AudioChannelEnvelope2() override; };
+class AF_EXPORT AudioChannelEnvelope6 final : public ChannelVariant<AudioChannelEnvelope, 6, "AEn6"> { public: explicit AudioChannelEnvelope6(audioMasterCallback audioMaster); ~AudioChannelEnvelope6() override; };
+class AF_EXPORT AudioChannelEnvelope16 final : public ChannelVariant<AudioChannelEnvelope, 16, "AE16"> { public: explicit AudioChannelEnvelope16(audioMasterCallback audioMaster); ~AudioChannelEnvelope16() override; };
 
 }  // namespace AF

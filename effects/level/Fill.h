@@ -22,7 +22,7 @@ public:
 };
 
 // Left input copied into the right output, and the other way round.
-class AF_EXPORT AudioFillLeft final : public ChannelVariant<FillChannel<0, 1>, 2, "AFlL"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioFillRight final : public ChannelVariant<FillChannel<1, 0>, 2, "AFlR"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioFillLeft final : public ChannelVariant<FillChannel<0, 1>, 2, "AFlL"> { public: explicit AudioFillLeft(audioMasterCallback audioMaster); ~AudioFillLeft() override; };
+class AF_EXPORT AudioFillRight final : public ChannelVariant<FillChannel<1, 0>, 2, "AFlR"> { public: explicit AudioFillRight(audioMasterCallback audioMaster); ~AudioFillRight() override; };
 
 }  // namespace AF

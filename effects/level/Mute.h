@@ -45,9 +45,9 @@ private:
     std::uint32_t parameterCount;
 };
 
-class AF_EXPORT AudioMute1 final : public ChannelVariant<AudioMute, 1, "AMn1"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioMute2 final : public ChannelVariant<AudioMute, 2, "AMn2"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioMute6 final : public ChannelVariant<AudioMute, 6, "AMn6"> { using ChannelVariant::ChannelVariant; };
-class AF_EXPORT AudioMute16 final : public ChannelVariant<AudioMute, 16, "AM16"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMute1 final : public ChannelVariant<AudioMute, 1, "AMn1"> { public: explicit AudioMute1(audioMasterCallback audioMaster); ~AudioMute1() override; };
+class AF_EXPORT AudioMute2 final : public ChannelVariant<AudioMute, 2, "AMn2"> { public: explicit AudioMute2(audioMasterCallback audioMaster); ~AudioMute2() override; };
+class AF_EXPORT AudioMute6 final : public ChannelVariant<AudioMute, 6, "AMn6"> { public: explicit AudioMute6(audioMasterCallback audioMaster); ~AudioMute6() override; };
+class AF_EXPORT AudioMute16 final : public ChannelVariant<AudioMute, 16, "AM16"> { public: explicit AudioMute16(audioMasterCallback audioMaster); ~AudioMute16() override; };
 
 }  // namespace AF
