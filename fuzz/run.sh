@@ -27,10 +27,10 @@ flags=(-std=c++20 -g -O1 -ffp-contract=off -fno-fast-math -fno-omit-frame-pointe
        -Iplatform/include -Iframe -Imodule -I. -Ifuzz)
 
 # Compile the module's sources once; again when a source or any header is newer.
-newest_header=$(find platform frame module effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
+newest_header=$(find platform dsp frame module effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
 objects=()
 stale=()
-for source in platform/src/*.cpp frame/*.cpp module/*.cpp effects/*/*.cpp; do
+for source in platform/src/*.cpp dsp/*/*.cpp frame/*.cpp module/*.cpp effects/*/*.cpp; do
   object="$out/obj/${source//\//_}.o"
   objects+=("$object")
   if [[ ! -f $object ]] || [[ $source -nt $object ]] ||

@@ -5,7 +5,7 @@
 
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "effects/family/FamilyShape.h"
 #include "effects/family/Localized.h"
 

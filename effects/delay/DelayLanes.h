@@ -20,7 +20,7 @@
 
 #include "AEffect.h"
 #include "effects/delay/DelayLine.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AF::delay {
 

@@ -18,7 +18,7 @@
 #include "effects/family/FamilyShape.h"
 #include "LaneGroups.h"
 #include "Numeric.h"
-#include "VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AF {
 

@@ -12,7 +12,7 @@
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "effects/filters/ChannelOrder.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "frame/Numeric.h"
 #include "effects/family/FamilyShape.h"
 

@@ -24,7 +24,7 @@
 
 #include "frame/AEffect.h"
 #include "frame/Numeric.h"
-#include "VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AF {
 

@@ -6,7 +6,7 @@
 #include <immintrin.h>
 
 #include "SampleGroups.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 
 namespace AF {

@@ -5,7 +5,7 @@
 #include <immintrin.h>
 
 #include "SampleGroups.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "effects/family/FamilyShape.h"
 
 namespace AF {

@@ -6,7 +6,7 @@
 
 #include "effects/family/Decibels.h"
 #include "effects/family/Localized.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "Numeric.h"
 #include "SampleGroups.h"
 

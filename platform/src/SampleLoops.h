@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dsp/simd/VectorPath.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #define AR_SAMPLE_LOOPS_X86 1
@@ -20,8 +22,7 @@
 
 namespace AR::loops {
 
-// plain comes first: a zero-initialised width is the plain loop.
-enum class Width { plain, sse2, avx2 };
+using Width = AF::VectorPath;
 
 // True when the two arrays of `frames` floats are the same array or apart.
 inline bool sameOrApart(const float* a, const float* b, int frames) noexcept {
@@ -91,7 +92,7 @@ inline int framesToBoundary(const float* out, int frames) noexcept {
 inline void scaleCopy(Width width, float* out, const float* in, int frames, float gain) noexcept {
     int i = 0;
 #if AR_SAMPLE_LOOPS_X86
-    if (width != Width::plain && frames > 0 && sameOrApart(out, in, frames)) {
+    if (width != Width::scalar && frames > 0 && sameOrApart(out, in, frames)) {
         // Same or apart: each sample depends on its own input only, so the
         // order in which the frames are done does not matter.
         for (const int lead = framesToBoundary(out, frames); i < lead; ++i) out[i] = in[i] * gain;
@@ -108,7 +109,7 @@ inline void scaleCopy(Width width, float* out, const float* in, int frames, floa
 inline void mix(Width width, float* out, const float* in, int frames) noexcept {
     int i = 0;
 #if AR_SAMPLE_LOOPS_X86
-    if (width != Width::plain && frames > 0 && sameOrApart(out, in, frames)) {
+    if (width != Width::scalar && frames > 0 && sameOrApart(out, in, frames)) {
         for (const int lead = framesToBoundary(out, frames); i < lead; ++i) out[i] = out[i] + in[i];
         if (width == Width::avx2) i += mixEight(out + i, in + i, frames - i);
         i += mixFour(out + i, in + i, frames - i);

@@ -64,12 +64,9 @@ std::vector<float> testSignal(std::size_t count, unsigned seed, bool otherNaNs) 
 }
 
 std::vector<Width> widths() {
-    std::vector<Width> available{Width::plain};
-#if AR_SAMPLE_LOOPS_X86
-    available.push_back(Width::sse2);
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) available.push_back(Width::avx2);
-#endif
+    std::vector<Width> available{Width::scalar};
+    if (AF::widestVectorPath() != Width::scalar) available.push_back(Width::sse2);
+    if (AF::widestVectorPath() == Width::avx2) available.push_back(Width::avx2);
     return available;
 }
 

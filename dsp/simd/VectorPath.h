@@ -7,6 +7,8 @@
 //
 // The widest set the processor offers is chosen once at load; the environment
 // variable AF_FORCE_SCALAR=1 keeps the plain loop. Tests may switch at run time.
+// The effects and the platform library's buffer loops both ask here (each
+// library holds its own copy of the choice, made by this same code).
 namespace AF {
 
 enum class VectorPath { scalar, sse2, avx2 };
