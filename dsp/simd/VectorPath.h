@@ -32,11 +32,4 @@ bool extendedRegistersAvailable() noexcept;
 // For tests and benchmarks: switches them off, or on where available.
 void setExtendedRegisters(bool on) noexcept;
 
-// Lanes of channels: two or four doubles, two or four floats. The four-lane
-// types belong in code compiled for AVX2.
-typedef double LanesD2 __attribute__((vector_size(16)));
-typedef float LanesF2 __attribute__((vector_size(8)));
-typedef double LanesD4 __attribute__((vector_size(32)));
-typedef float LanesF4 __attribute__((vector_size(16)));
-
 }  // namespace AF

@@ -20,6 +20,7 @@
 
 #include "AEffect.h"
 #include "effects/delay/DelayLine.h"
+#include "dsp/simd/Lanes.h"
 #include "dsp/simd/VectorPath.h"
 
 namespace AF::delay {

@@ -24,6 +24,7 @@
 
 #include "frame/AEffect.h"
 #include "frame/Numeric.h"
+#include "dsp/simd/Lanes.h"
 #include "dsp/simd/VectorPath.h"
 
 namespace AF {
@@ -81,11 +82,11 @@ template <unsigned Width> struct FrameRows;
 template <> struct FrameRows<4> {
     [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, VstInt32 frame) noexcept {
         for (unsigned lane = 0; lane < 4; ++lane) rows[lane] = _mm_loadu_ps(channels[lane] + frame);
-        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+        transposeFour(rows);
     }
     // Turns the frame rows back into channel rows, in place.
     [[gnu::always_inline]] static void toChannels(__m128 (&rows)[4]) noexcept {
-        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+        transposeFour(rows);
     }
 };
 

@@ -7,7 +7,8 @@
 #include <limits>
 #include <new>
 
-#include "SampleLoops.h"
+#include "dsp/simd/BufferLoops.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AR {
 
@@ -87,7 +88,7 @@ void AudioBuffer::Mix(const AudioBuffer& source) noexcept {
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        loops::mix(AF::vectorPath(), out, in, frames);
+        AF::loops::mix(AF::vectorPath(), out, in, frames);
     }
 }
 
@@ -96,7 +97,7 @@ AudioBuffer& AudioBuffer::operator*=(float gain) noexcept {
     for (int c = 0; c < channelCount_; ++c) {
         float* samples = channels_[c];
         if (samples == nullptr) continue;
-        loops::scaleCopy(AF::vectorPath(), samples, samples, frameCount_, gain);
+        AF::loops::scaleCopy(AF::vectorPath(), samples, samples, frameCount_, gain);
     }
     return *this;
 }
@@ -109,7 +110,7 @@ void AudioBuffer::CopyFromScale(const AudioBuffer& source, float gain) noexcept 
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        loops::scaleCopy(AF::vectorPath(), out, in, frames, gain);
+        AF::loops::scaleCopy(AF::vectorPath(), out, in, frames, gain);
     }
 }
 
