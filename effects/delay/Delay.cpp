@@ -4,7 +4,7 @@
 #include <array>
 
 #include "Numeric.h"
-#include "effects/delay/DelayLanes.h"
+#include "dsp/delay/DelayLanes.h"
 #include "dsp/simd/VectorPath.h"
 #include "effects/family/FamilyShape.h"
 #include "effects/family/Localized.h"

@@ -16,7 +16,7 @@
 #include "ChannelOrder.h"
 #include "CutoffMapping.h"
 #include "effects/family/FamilyShape.h"
-#include "LaneGroups.h"
+#include "dsp/biquad/LaneGroups.h"
 #include "Numeric.h"
 #include "dsp/simd/VectorPath.h"
 

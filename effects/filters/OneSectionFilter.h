@@ -20,7 +20,7 @@
 #include "MF/Constants.h"
 #include "Numeric.h"
 #include "CutFilterVariant.h"
-#include "LaneGroups.h"
+#include "dsp/biquad/LaneGroups.h"
 
 namespace AF {
 
