@@ -15,6 +15,8 @@
 // such calls go frame by frame.
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 #include "dsp/delay/DelayLine.h"
 #include "dsp/simd/Lanes.h"
@@ -27,6 +29,8 @@ namespace AF::delay {
 // the four-lane doubles by value outside code compiled for AVX2.
 template <unsigned Width>
 struct Lanes;
+
+#if AF_SIMD_X86
 
 template <>
 struct Lanes<2> {
@@ -61,6 +65,27 @@ struct Lanes<4> {
     }
 };
 #pragma GCC diagnostic pop
+
+#else
+
+// Elsewhere the same conversions written for any processor (never chosen by
+// the instruction-set choice there, but kept compilable).
+template <unsigned Width>
+struct Lanes {
+    using D = std::conditional_t<Width == 2, LanesD2, LanesD4>;
+    using F = std::conditional_t<Width == 2, LanesF2, LanesF4>;
+    static void load(D& into, const float* samples) noexcept {
+        F floats;
+        std::memcpy(&floats, samples, sizeof floats);
+        into = __builtin_convertvector(floats, D);
+    }
+    static void store(float* samples, const D& value) noexcept {
+        const F floats = __builtin_convertvector(value, F);
+        std::memcpy(samples, &floats, sizeof floats);
+    }
+};
+
+#endif
 
 // The noise of W consecutive frames, as one load: the entries in the order
 // the countdown visits them. The group starting at frame `frame` of a call of
@@ -190,7 +215,7 @@ void runChannelsSse2(Run& run, unsigned channels, float** inputs, float** output
 }
 
 template <class Pass, bool Accumulate, class Run>
-__attribute__((target("avx2"))) void runChannelsAvx2(Run& run, unsigned channels, float** inputs, float** outputs,
+AF_TARGET("avx2") void runChannelsAvx2(Run& run, unsigned channels, float** inputs, float** outputs,
                                                      std::int32_t frames) {
     runChannels<Pass, 4, Accumulate>(run, channels, inputs, outputs, frames);
 }

@@ -120,7 +120,7 @@ template <unsigned Groups, EqMode Mode, class Group>
                                                   float* const* outputs, VstInt32 frame) {
     LanesF4 rows[Groups][4];
     for (unsigned g = 0; g < Groups; ++g) {
-        for (unsigned lane = 0; lane < 4; ++lane) rows[g][lane] = LanesF4(_mm_loadu_ps(inputs[g * 4 + lane] + frame));
+        for (unsigned lane = 0; lane < 4; ++lane) rows[g][lane] = loadFour(inputs[g * 4 + lane] + frame);
         transposeFour(rows[g]);
     }
     // Frame by frame, every group before the next frame, so the groups'
@@ -132,8 +132,8 @@ template <unsigned Groups, EqMode Mode, class Group>
         for (unsigned lane = 0; lane < 4; ++lane) {
             float* out = outputs[g * 4 + lane] + frame;
             LanesF4 y = rows[g][lane];
-            if constexpr (Mode == EqMode::accumulate) y = LanesF4(_mm_loadu_ps(out)) + y;
-            _mm_storeu_ps(out, __m128(y));
+            if constexpr (Mode == EqMode::accumulate) y = loadFour(out) + y;
+            storeFour(out, y);
         }
     }
 }
@@ -190,7 +190,7 @@ void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, fl
 
 // Compiled for AVX2 on its own; called only where the processor has it.
 template <unsigned Channels, EqMode Mode, class Section>
-__attribute__((target("avx2"))) void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
+AF_TARGET("avx2") void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
                                                     float** outputs, VstInt32 frames, const float* coefficients) {
     runEqLanes<Channels, 4, Mode, Section>(history, inputs, outputs, frames, coefficients);
 }
