@@ -168,24 +168,15 @@ TEST(BufferLoops, ScaledCopyMatchesThePlainLoopAtEveryWidth) {
                 }
 }
 
-TEST(BufferLoops, MixMatchesThePlainLoopAtEveryWidth) {
+TEST(BufferLoops, MixAndSubtractMatchThePlainLoopAtEveryWidth) {
     unsigned seed = 7;
-    for (Width width : widths())
-        for (int frames : kLengths)
-            for (const Layout& layout : kLayouts) {
-                checkCombine(Combine::mix, width, frames, layout.fromAt(frames), layout.toAt(frames), seed++);
-                if (HasFatalFailure()) return;
-            }
-}
-
-TEST(BufferLoops, SubtractMatchesThePlainLoopAtEveryWidth) {
-    unsigned seed = 11;
-    for (Width width : widths())
-        for (int frames : kLengths)
-            for (const Layout& layout : kLayouts) {
-                checkCombine(Combine::subtract, width, frames, layout.fromAt(frames), layout.toAt(frames), seed++);
-                if (HasFatalFailure()) return;
-            }
+    for (Combine combine : {Combine::mix, Combine::subtract})
+        for (Width width : widths())
+            for (int frames : kLengths)
+                for (const Layout& layout : kLayouts) {
+                    checkCombine(combine, width, frames, layout.fromAt(frames), layout.toAt(frames), seed++);
+                    if (HasFatalFailure()) return;
+                }
 }
 
 TEST(BufferLoops, NegativeCountsWriteNothing) {
