@@ -21,12 +21,13 @@
 #include "AR/AudioBuffer.h"
 #include "dsp/simd/BufferLoops.h"
 #include "dsp/simd/VectorPath.h"
+#include "support/Bits.h"
 
 namespace {
 
 using Width = AF::VectorPath;
 
-std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 // The plain rules, one sample at a time; volatile keeps the compiler from
 // turning them into group operations.
