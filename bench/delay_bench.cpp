@@ -10,7 +10,7 @@
 
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace {
 

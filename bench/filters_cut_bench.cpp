@@ -14,7 +14,7 @@
 #include "effects/filters/Bandreject.h"
 #include "effects/filters/Highpass.h"
 #include "effects/filters/Lowpass.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace {
 

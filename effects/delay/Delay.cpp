@@ -4,9 +4,10 @@
 #include <array>
 
 #include "Numeric.h"
-#include "effects/delay/DelayLanes.h"
+#include "dsp/delay/DelayLanes.h"
+#include "dsp/simd/VectorPath.h"
 #include "effects/delay/DelayParameters.h"
-#include "effects/filters/VectorPath.h"
+#include "effects/family/FamilyShape.h"
 #include "effects/family/Localized.h"
 
 namespace AF {

@@ -16,9 +16,10 @@
 #include "AEffect.h"
 #include "ChannelOrder.h"
 #include "CutoffMapping.h"
-#include "LaneGroups.h"
+#include "effects/family/FamilyShape.h"
+#include "dsp/biquad/LaneGroups.h"
 #include "Numeric.h"
-#include "VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AF {
 

@@ -7,12 +7,11 @@
 //       └─► x1 ─► x2                └─► y1 ─► y2
 #include <array>
 
-#include <immintrin.h>
-
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "effects/filters/ChannelOrder.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/Lanes.h"
+#include "dsp/simd/VectorPath.h"
 #include "frame/Numeric.h"
 
 namespace AF {
@@ -40,19 +39,14 @@ enum class EqMode { replace, accumulate };
 // and every rounding to float is a lane-wise conversion like the plain one.
 // -ffp-contract=off keeps each product and sum a separate rounding, as in the
 // plain loop, so each lane reproduces that channel's samples bit for bit.
-typedef double EqLanesD2 __attribute__((vector_size(16)));
-typedef float EqLanesF2 __attribute__((vector_size(8)));
-typedef double EqLanesD4 __attribute__((vector_size(32)));
-typedef float EqLanesF4 __attribute__((vector_size(16)));
-
 template <unsigned Width> struct EqLaneTypes;
 template <> struct EqLaneTypes<2> {
-    using D = EqLanesD2;
-    using F = EqLanesF2;
+    using D = LanesD2;
+    using F = LanesF2;
 };
 template <> struct EqLaneTypes<4> {
-    using D = EqLanesD4;
-    using F = EqLanesF4;
+    using D = LanesD4;
+    using F = LanesF4;
 };
 
 // The state of `Width` channels starting at `first`, and one frame of them.
@@ -105,17 +99,6 @@ struct EqLaneGroup {
     }
 };
 
-// Four frames of four channels as four rows of one channel each, turned into
-// four rows of one frame each and back (a 4 x 4 transpose of floats).
-[[gnu::always_inline]] inline void transposeFour(EqLanesF4* rows) {
-    __m128 r0 = rows[0], r1 = rows[1], r2 = rows[2], r3 = rows[3];
-    _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-    rows[0] = r0;
-    rows[1] = r1;
-    rows[2] = r2;
-    rows[3] = r3;
-}
-
 // Four frames of the four-channel groups at once: each channel's four samples
 // come in with one load and go out with one store. Every input of the four
 // frames is read before any of their outputs is written, which in place (the
@@ -123,9 +106,9 @@ struct EqLaneGroup {
 template <unsigned Groups, EqMode Mode, class Group>
 [[gnu::always_inline]] inline void stepFourFrames(Group* groups, const typename Group::D* c, float* const* inputs,
                                                   float* const* outputs, VstInt32 frame) {
-    EqLanesF4 rows[Groups][4];
+    LanesF4 rows[Groups][4];
     for (unsigned g = 0; g < Groups; ++g) {
-        for (unsigned lane = 0; lane < 4; ++lane) rows[g][lane] = EqLanesF4(_mm_loadu_ps(inputs[g * 4 + lane] + frame));
+        for (unsigned lane = 0; lane < 4; ++lane) rows[g][lane] = loadFour(inputs[g * 4 + lane] + frame);
         transposeFour(rows[g]);
     }
     // Frame by frame, every group before the next frame, so the groups'
@@ -136,9 +119,9 @@ template <unsigned Groups, EqMode Mode, class Group>
         transposeFour(rows[g]);
         for (unsigned lane = 0; lane < 4; ++lane) {
             float* out = outputs[g * 4 + lane] + frame;
-            EqLanesF4 y = rows[g][lane];
-            if constexpr (Mode == EqMode::accumulate) y = EqLanesF4(_mm_loadu_ps(out)) + y;
-            _mm_storeu_ps(out, __m128(y));
+            LanesF4 y = rows[g][lane];
+            if constexpr (Mode == EqMode::accumulate) y = loadFour(out) + y;
+            storeFour(out, y);
         }
     }
 }
@@ -195,7 +178,7 @@ void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, fl
 
 // Compiled for AVX2 on its own; called only where the processor has it.
 template <unsigned Channels, EqMode Mode, class Section>
-__attribute__((target("avx2"))) void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
+AF_TARGET("avx2") void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
                                                     float** outputs, VstInt32 frames, const float* coefficients) {
     runEqLanes<Channels, 4, Mode, Section>(history, inputs, outputs, frames, coefficients);
 }

@@ -14,7 +14,7 @@
 #include "CutFilterChannels.h"
 #include "CutoffMapping.h"
 #include "FilterFamily.h"
-#include "LaneGroups.h"
+#include "dsp/biquad/LaneGroups.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
 

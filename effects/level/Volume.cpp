@@ -2,13 +2,11 @@
 
 #include <array>
 
-#include <immintrin.h>
-
 #include "effects/family/Decibels.h"
 #include "effects/family/Localized.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/BufferLoops.h"
+#include "dsp/simd/VectorPath.h"
 #include "Numeric.h"
-#include "SampleGroups.h"
 
 namespace AF {
 
@@ -31,53 +29,8 @@ constexpr std::array<Parameter, 1> kVolumeParameters = {{
 
 }  // namespace
 
-namespace {
-
-// Eight samples per instruction where the processor has AVX2. Each lane is the
-// same single-precision product, operands in the same order, as the plain loop.
-__attribute__((target("avx2"))) VstInt32 scaleEightAtATime(float* samples, VstInt32 frames, float gain) noexcept {
-    const __m256 gains = _mm256_set1_ps(gain);
-    VstInt32 i = 0;
-    // Two groups per pass: fewer loop steps per store.
-    for (; frames - i >= 16; i += 16) {
-        const __m256 first = _mm256_mul_ps(_mm256_loadu_ps(samples + i), gains);
-        const __m256 second = _mm256_mul_ps(_mm256_loadu_ps(samples + i + 8), gains);
-        _mm256_storeu_ps(samples + i, first);
-        _mm256_storeu_ps(samples + i + 8, second);
-    }
-    for (; frames - i >= 8; i += 8) _mm256_storeu_ps(samples + i, _mm256_mul_ps(_mm256_loadu_ps(samples + i), gains));
-    return i;
-}
-
-// Four samples per instruction, the SSE2 baseline.
-VstInt32 scaleFourAtATime(float* samples, VstInt32 frames, float gain) noexcept {
-    const __m128 gains = _mm_set1_ps(gain);
-    VstInt32 i = 0;
-    for (; frames - i >= 4; i += 4) _mm_storeu_ps(samples + i, _mm_mul_ps(_mm_loadu_ps(samples + i), gains));
-    return i;
-}
-
-}  // namespace
-
 void scaleInPlace(float* samples, VstInt32 frames, float gain) noexcept {
-    VstInt32 i = 0;
-    const VectorPath path = vectorPath();
-    // Single samples up to a 32-byte boundary, so that no group's store
-    // straddles two cache lines; the order of the samples does not matter.
-    if (path != VectorPath::scalar)
-        for (const VstInt32 lead = framesToBoundary(samples, frames); i < lead; ++i) samples[i] *= gain;
-    switch (path) {
-        case VectorPath::avx2: i += scaleEightAtATime(samples + i, frames - i, gain); break;
-        case VectorPath::sse2: i += scaleFourAtATime(samples + i, frames - i, gain); break;
-        case VectorPath::scalar: break;
-    }
-    for (; i + 4 <= frames; i += 4) {
-        samples[i] *= gain;
-        samples[i + 1] *= gain;
-        samples[i + 2] *= gain;
-        samples[i + 3] *= gain;
-    }
-    for (; i < frames; ++i) samples[i] *= gain;
+    loops::scaleCopy(vectorPath(), samples, samples, frames, gain);
 }
 
 AudioEnvelope::AudioEnvelope(unsigned channels, audioMasterCallback audioMaster)

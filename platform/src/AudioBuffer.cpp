@@ -7,29 +7,12 @@
 #include <limits>
 #include <new>
 
-#include "SampleLoops.h"
+#include "dsp/simd/BufferLoops.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AR {
 
 namespace {
-
-// The widest loops this processor runs, chosen once at load. AF_FORCE_SCALAR=1
-// keeps the plain loops, as it does for the effects' own loops.
-loops::Width detectWidth() noexcept {
-    const char* forced = std::getenv("AF_FORCE_SCALAR");
-    if (forced != nullptr && std::strcmp(forced, "1") == 0) return loops::Width::plain;
-#if AR_SAMPLE_LOOPS_X86
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) return loops::Width::avx2;
-    return loops::Width::sse2;
-#else
-    return loops::Width::plain;
-#endif
-}
-
-// Code that runs before this library's initialisers (another library's
-// start-up) reads it zero-initialised, which is the plain width.
-const loops::Width kWidth = detectWidth();
 
 int roundUpToPowerOfTwo(int alignment) {
     int rounded = static_cast<int>(alignof(float));
@@ -105,7 +88,7 @@ void AudioBuffer::Mix(const AudioBuffer& source) noexcept {
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        loops::mix(kWidth, out, in, frames);
+        AF::loops::mix(AF::vectorPath(), out, in, frames);
     }
 }
 
@@ -114,7 +97,7 @@ AudioBuffer& AudioBuffer::operator*=(float gain) noexcept {
     for (int c = 0; c < channelCount_; ++c) {
         float* samples = channels_[c];
         if (samples == nullptr) continue;
-        loops::scaleCopy(kWidth, samples, samples, frameCount_, gain);
+        AF::loops::scaleCopy(AF::vectorPath(), samples, samples, frameCount_, gain);
     }
     return *this;
 }
@@ -127,7 +110,7 @@ void AudioBuffer::CopyFromScale(const AudioBuffer& source, float gain) noexcept 
         float* out = channels_[c];
         const float* in = source.channels_[c];
         if (out == nullptr || in == nullptr) continue;
-        loops::scaleCopy(kWidth, out, in, frames, gain);
+        AF::loops::scaleCopy(AF::vectorPath(), out, in, frames, gain);
     }
 }
 

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "effects/level/Balance.h"
 #include "effects/level/ChannelVolume.h"
 #include "effects/level/Invert.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace aftest {
 

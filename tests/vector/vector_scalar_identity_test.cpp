@@ -24,7 +24,7 @@
 #include "effects/filters/Lowpass.h"
 #include "effects/filters/ParametricEQ.h"
 #include "effects/filters/Treble.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 #include "support/VectorPaths.h"
 #include "effects/level/Invert.h"
 #include "effects/level/Volume.h"

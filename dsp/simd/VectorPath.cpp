@@ -1,4 +1,4 @@
-#include "effects/filters/VectorPath.h"
+#include "dsp/simd/VectorPath.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -17,14 +17,13 @@
 // (see TwoEqualSections); on four lanes, its lanes then hold sections rather
 // than channels (SectionLanes).
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
-#include <immintrin.h>
-
-#include "frame/AEffect.h"
+#include "dsp/simd/Lanes.h"
+#include "dsp/simd/VectorPath.h"
 #include "frame/Numeric.h"
-#include "VectorPath.h"
 
 namespace AF {
 
@@ -79,19 +78,19 @@ namespace lanes {
 template <unsigned Width> struct FrameRows;
 
 template <> struct FrameRows<4> {
-    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, VstInt32 frame) noexcept {
+    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, std::int32_t frame) noexcept {
         for (unsigned lane = 0; lane < 4; ++lane) rows[lane] = _mm_loadu_ps(channels[lane] + frame);
-        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+        transposeFour(rows);
     }
     // Turns the frame rows back into channel rows, in place.
     [[gnu::always_inline]] static void toChannels(__m128 (&rows)[4]) noexcept {
-        _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+        transposeFour(rows);
     }
 };
 
 template <> struct FrameRows<2> {
     // Frame k's two samples land in the lower half of rows[k].
-    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, VstInt32 frame) noexcept {
+    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, std::int32_t frame) noexcept {
         const __m128 a = _mm_loadu_ps(channels[0] + frame);
         const __m128 b = _mm_loadu_ps(channels[1] + frame);
         rows[0] = _mm_unpacklo_ps(a, b);
@@ -153,7 +152,7 @@ struct LaneGroup {
         }
     }
 
-    [[gnu::always_inline]] void readBlock(VstInt32 frame) noexcept {
+    [[gnu::always_inline]] void readBlock(std::int32_t frame) noexcept {
         __m128 rows[4];
         FrameRows<kWidth>::load(rows, in, frame);
         for (unsigned k = 0; k < 4; ++k) L::widen(rows[k], x[2 + k]);
@@ -165,7 +164,7 @@ struct LaneGroup {
         y[k] = recursion.advance(c, x[2 + k], x[1 + k], x[k], offset);
     }
     template <bool Accumulate>
-    [[gnu::always_inline]] void writeBlock(VstInt32 frame) noexcept {
+    [[gnu::always_inline]] void writeBlock(std::int32_t frame) noexcept {
         FrameRows<kWidth>::toChannels(y);
         for (unsigned lane = 0; lane < kWidth; ++lane) {
             float* channel = out[lane] + frame;
@@ -178,11 +177,11 @@ struct LaneGroup {
     }
     // Nothing held back between blocks.
     template <bool Accumulate, class Offsets>
-    [[gnu::always_inline]] void endBlocks(const Coefficients&, const Offsets&, VstInt32) noexcept {}
+    [[gnu::always_inline]] void endBlocks(const Coefficients&, const Offsets&, std::int32_t) noexcept {}
 
     // One frame on its own: inputs gathered lane by lane, outputs scattered.
     template <bool Accumulate>
-    [[gnu::always_inline]] void step(const Coefficients& c, VstInt32 frame, const D& offset) noexcept {
+    [[gnu::always_inline]] void step(const Coefficients& c, std::int32_t frame, const D& offset) noexcept {
         alignas(16) float samples[4] = {};
         for (unsigned lane = 0; lane < kWidth; ++lane) samples[lane] = in[lane][frame];
         L::widen(_mm_load_ps(samples), x[2]);
@@ -280,7 +279,7 @@ struct SectionLanes {
         for (unsigned c = 0; c < Channels; ++c) std::memcpy(&memory[c], fields[c], sizeof fields[c]);
     }
 
-    [[gnu::always_inline]] void readBlock(VstInt32 frame) noexcept { FrameRows<Channels>::load(frames, in, frame); }
+    [[gnu::always_inline]] void readBlock(std::int32_t frame) noexcept { FrameRows<Channels>::load(frames, in, frame); }
     [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
         if constexpr (Channels == 4) {
             D x;
@@ -297,7 +296,7 @@ struct SectionLanes {
         }
     }
     template <bool Accumulate>
-    [[gnu::always_inline]] void writeBlock(VstInt32 frame) noexcept {
+    [[gnu::always_inline]] void writeBlock(std::int32_t frame) noexcept {
         if (holding) writeSeconds<Accumulate>(frame - 4);
         else for (unsigned v = 0; v < kVectors; ++v) loadLanes(v, true);
         holding = true;
@@ -305,7 +304,7 @@ struct SectionLanes {
     // The second sections over the last block, the first sections' lanes
     // left as they are.
     template <bool Accumulate>
-    [[gnu::always_inline]] void endBlocks(const Coefficients& c, const D (&offsets)[4], VstInt32 frame) noexcept {
+    [[gnu::always_inline]] void endBlocks(const Coefficients& c, const D (&offsets)[4], std::int32_t frame) noexcept {
         if (!holding) return;
         if constexpr (Channels == 4) {
             for (unsigned k = 0; k < 4; ++k) results[k] = advanceLanes(c, lanes[1], firsts[k], kMinusZero);
@@ -326,7 +325,7 @@ struct SectionLanes {
     // One frame on its own, both sections at that frame: the second sections
     // take the first sections' output at once.
     template <bool Accumulate>
-    [[gnu::always_inline]] void step(const Coefficients& c, VstInt32 frame, const D& offset) noexcept {
+    [[gnu::always_inline]] void step(const Coefficients& c, std::int32_t frame, const D& offset) noexcept {
         alignas(16) float samples[4] = {};
         for (unsigned lane = 0; lane < Channels; ++lane) samples[lane] = in[lane][frame];
         D x;
@@ -387,7 +386,7 @@ private:
     }
     // The second sections' outputs of the four frames from `frame` on.
     template <bool Accumulate>
-    [[gnu::always_inline]] void writeSeconds(VstInt32 frame) noexcept {
+    [[gnu::always_inline]] void writeSeconds(std::int32_t frame) noexcept {
         __m128 rows[4];
         if constexpr (Channels == 4) {
             for (unsigned k = 0; k < 4; ++k) rows[k] = results[k];
@@ -429,7 +428,7 @@ using GroupOf = std::conditional_t<Wide::kWidth == 4 && lanes::TwoEqualSections<
 
 template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
 [[gnu::always_inline]] inline void runLaneGroups(std::array<typename Kernel::History, Channels>& history,
-                                                 float** inputs, float** outputs, VstInt32 frames,
+                                                 float** inputs, float** outputs, std::int32_t frames,
                                                  const typename Kernel::Design& design) {
     using WideGroup = GroupOf<Wide, Kernel, Wide::kWidth>;
     using PairGroup = GroupOf<Wide, Kernel, 2>;
@@ -449,12 +448,12 @@ template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
     for (unsigned g = 0; g < kGroups; ++g) wide[g].load(inputs, outputs, history.data(), g * Wide::kWidth);
     if constexpr (kPair) pair[0].load(inputs, outputs, history.data(), kPairFirst);
 
-    VstInt32 frame = 0;
+    std::int32_t frame = 0;
     if (frames >= 4) {
         DW wideOffsets[4];
         DP pairOffsets[4];
         for (unsigned k = 0; k < 4; ++k) {
-            const double offset = static_cast<double>(Kernel::offset(frames, static_cast<VstInt32>(k)));
+            const double offset = static_cast<double>(Kernel::offset(frames, static_cast<std::int32_t>(k)));
             WideGroup::offsetLanes(offset, wideOffsets[k]);
             PairGroup::offsetLanes(offset, pairOffsets[k]);
         }
@@ -496,20 +495,20 @@ template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
 // instruction set and called only where the processor has it.
 template <class Kernel, unsigned Channels, bool Accumulate>
 void runLanesSse2(std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs,
-                  VstInt32 frames, const typename Kernel::Design& design) {
+                  std::int32_t frames, const typename Kernel::Design& design) {
     runLaneGroups<TwoLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }
 
 template <class Kernel, unsigned Channels, bool Accumulate>
 __attribute__((target("avx2"))) void runLanesAvx2(std::array<typename Kernel::History, Channels>& history,
-                                                  float** inputs, float** outputs, VstInt32 frames,
+                                                  float** inputs, float** outputs, std::int32_t frames,
                                                   const typename Kernel::Design& design) {
     runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }
 
 template <class Kernel, unsigned Channels, bool Accumulate>
 __attribute__((target("avx2,avx512f,avx512vl"))) void runLanesAvx512vl(
-    std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs, VstInt32 frames,
+    std::array<typename Kernel::History, Channels>& history, float** inputs, float** outputs, std::int32_t frames,
     const typename Kernel::Design& design) {
     runLaneGroups<FourLanes, Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }
@@ -517,7 +516,7 @@ __attribute__((target("avx2,avx512f,avx512vl"))) void runLanesAvx512vl(
 // The AVX2 path: with AVX-512VL's registers where the processor has them.
 template <class Kernel, unsigned Channels, bool Accumulate>
 [[gnu::noinline]] void runLanesAvx2OrWider(std::array<typename Kernel::History, Channels>& history, float** inputs,
-                                           float** outputs, VstInt32 frames, const typename Kernel::Design& design) {
+                                           float** outputs, std::int32_t frames, const typename Kernel::Design& design) {
     if (extendedRegisters()) runLanesAvx512vl<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
     else runLanesAvx2<Kernel, Channels, Accumulate>(history, inputs, outputs, frames, design);
 }

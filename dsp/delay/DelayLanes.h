@@ -13,14 +13,14 @@
 // frame-by-frame loop reads unless a read position trails the write position
 // by 1..W-1 frames, where a later frame would hear an earlier frame's write:
 // such calls go frame by frame.
-#include <immintrin.h>
-
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
-#include "AEffect.h"
-#include "effects/delay/DelayLine.h"
-#include "effects/filters/VectorPath.h"
+#include "dsp/delay/DelayLine.h"
+#include "dsp/simd/Lanes.h"
+#include "dsp/simd/VectorPath.h"
 
 namespace AF::delay {
 
@@ -29,6 +29,8 @@ namespace AF::delay {
 // the four-lane doubles by value outside code compiled for AVX2.
 template <unsigned Width>
 struct Lanes;
+
+#if AF_SIMD_X86
 
 template <>
 struct Lanes<2> {
@@ -64,6 +66,27 @@ struct Lanes<4> {
 };
 #pragma GCC diagnostic pop
 
+#else
+
+// Elsewhere the same conversions written for any processor (never chosen by
+// the instruction-set choice there, but kept compilable).
+template <unsigned Width>
+struct Lanes {
+    using D = std::conditional_t<Width == 2, LanesD2, LanesD4>;
+    using F = std::conditional_t<Width == 2, LanesF2, LanesF4>;
+    static void load(D& into, const float* samples) noexcept {
+        F floats;
+        std::memcpy(&floats, samples, sizeof floats);
+        into = __builtin_convertvector(floats, D);
+    }
+    static void store(float* samples, const D& value) noexcept {
+        const F floats = __builtin_convertvector(value, F);
+        std::memcpy(samples, &floats, sizeof floats);
+    }
+};
+
+#endif
+
 // The noise of W consecutive frames, as one load: the entries in the order
 // the countdown visits them. The group starting at frame `frame` of a call of
 // `frames` frames starts at entry 7 - ((frames - 1 - frame) AND 7).
@@ -73,23 +96,23 @@ inline constexpr std::array<float, 16> kNoiseByFrame = [] {
     return row;
 }();
 
-inline const float* noiseFrom(VstInt32 frames, VstInt32 frame) noexcept {
+inline const float* noiseFrom(std::int32_t frames, std::int32_t frame) noexcept {
     const auto countdown = static_cast<std::uint32_t>(frames - 1 - frame) & 7u;
     return kNoiseByFrame.data() + (7u - countdown);
 }
 
 // The noise repeats every eight frames, so the groups of a stretch take
 // their noise from the first eight frames' groups, in turn.
-inline constexpr VstInt32 kNoisePeriod = 8;
+inline constexpr std::int32_t kNoisePeriod = 8;
 
 template <unsigned Width>
 struct GroupNoise {
     static constexpr unsigned kGroups = kNoisePeriod / Width;
     typename Lanes<Width>::D lanes[kGroups];
 
-    [[gnu::always_inline]] GroupNoise(VstInt32 frames, VstInt32 first) noexcept {
+    [[gnu::always_inline]] GroupNoise(std::int32_t frames, std::int32_t first) noexcept {
         for (unsigned g = 0; g < kGroups; ++g)
-            Lanes<Width>::load(lanes[g], noiseFrom(frames, first + static_cast<VstInt32>(g * Width)));
+            Lanes<Width>::load(lanes[g], noiseFrom(frames, first + static_cast<std::int32_t>(g * Width)));
     }
 };
 
@@ -97,14 +120,14 @@ struct GroupNoise {
 // wrap: 0 when a position sits at or past the end of the line (that frame goes
 // on its own, through the spare frame).
 template <std::size_t N>
-inline VstInt32 straightSpan(VstInt32 left, std::uint32_t length,
+inline std::int32_t straightSpan(std::int32_t left, std::uint32_t length,
                              const std::array<std::uint32_t, N>& positions) noexcept {
     auto span = static_cast<std::uint32_t>(left);
     for (const std::uint32_t position : positions) {
         if (position >= length) return 0;
         if (length - position < span) span = length - position;
     }
-    return static_cast<VstInt32>(span);
+    return static_cast<std::int32_t>(span);
 }
 
 // Groups of `Width` frames read what the frame-by-frame loop reads: no read
@@ -138,21 +161,21 @@ inline void advanceBy(std::uint32_t& position, std::uint32_t count, std::uint32_
 // inlined: the four-lane code is valid only inside the function compiled for
 // AVX2, even in an unoptimised build.
 template <unsigned Width, std::size_t N, class Group, class Single>
-[[gnu::always_inline]] inline std::array<std::uint32_t, N> walkChannel(VstInt32 frames, std::uint32_t length,
+[[gnu::always_inline]] inline std::array<std::uint32_t, N> walkChannel(std::int32_t frames, std::uint32_t length,
                                                                         std::array<std::uint32_t, N> at,
                                                                         Group&& group, Single&& single) {
-    constexpr auto kWidth = static_cast<VstInt32>(Width);
-    VstInt32 i = 0;
+    constexpr auto kWidth = static_cast<std::int32_t>(Width);
+    std::int32_t i = 0;
     while (i < frames) {
-        const VstInt32 span = straightSpan(frames - i, length, at);
+        const std::int32_t span = straightSpan(frames - i, length, at);
         if (span >= kWidth && groupsSafe<Width>(at)) {
-            const VstInt32 grouped = span - span % kWidth;
+            const std::int32_t grouped = span - span % kWidth;
             const GroupNoise<Width> noise(frames, i);
-            VstInt32 k = 0;
+            std::int32_t k = 0;
             for (; k + kNoisePeriod <= grouped; k += kNoisePeriod) {
 #pragma GCC unroll 4
                 for (unsigned g = 0; g < GroupNoise<Width>::kGroups; ++g)
-                    group(at, k + static_cast<VstInt32>(g) * kWidth, i + k + static_cast<VstInt32>(g) * kWidth,
+                    group(at, k + static_cast<std::int32_t>(g) * kWidth, i + k + static_cast<std::int32_t>(g) * kWidth,
                           noise.lanes[g]);
             }
             for (unsigned g = 0; k < grouped; k += kWidth, ++g) group(at, k, i + k, noise.lanes[g]);
@@ -176,7 +199,7 @@ template <unsigned Width, std::size_t N, class Group, class Single>
 // array in and out per channel reads what the plain loop reads.
 template <class Pass, unsigned Width, bool Accumulate, class Run>
 [[gnu::always_inline]] inline void runChannels(Run& run, unsigned channels, float** inputs, float** outputs,
-                                               VstInt32 frames) noexcept {
+                                               std::int32_t frames) noexcept {
     auto end = Pass::positions(run);
     for (unsigned c = 0; c < channels; ++c)
         end = Pass::template channel<Width, Accumulate>(run, c, inputs[c], outputs[c], frames);
@@ -187,13 +210,13 @@ template <class Pass, unsigned Width, bool Accumulate, class Run>
 // processor has, and AVX2, compiled on its own and called only where the
 // processor has it.
 template <class Pass, bool Accumulate, class Run>
-void runChannelsSse2(Run& run, unsigned channels, float** inputs, float** outputs, VstInt32 frames) {
+void runChannelsSse2(Run& run, unsigned channels, float** inputs, float** outputs, std::int32_t frames) {
     runChannels<Pass, 2, Accumulate>(run, channels, inputs, outputs, frames);
 }
 
 template <class Pass, bool Accumulate, class Run>
-__attribute__((target("avx2"))) void runChannelsAvx2(Run& run, unsigned channels, float** inputs, float** outputs,
-                                                     VstInt32 frames) {
+AF_TARGET("avx2") void runChannelsAvx2(Run& run, unsigned channels, float** inputs, float** outputs,
+                                                     std::int32_t frames) {
     runChannels<Pass, 4, Accumulate>(run, channels, inputs, outputs, frames);
 }
 

@@ -1,4 +1,4 @@
-// The host buffer's sample loops at every width the processor runs, held to a
+// The buffer loops at every width the processor runs, held to a
 // plain one-sample-at-a-time transcription written here: random signals with
 // signed zeros, subnormals, infinities, NaNs and overflowing values, lengths
 // around the group sizes, every start offset against a 32-byte boundary, in
@@ -19,12 +19,13 @@
 #include <vector>
 
 #include "AR/AudioBuffer.h"
-#include "platform/src/SampleLoops.h"
+#include "dsp/simd/BufferLoops.h"
+#include "dsp/simd/VectorPath.h"
 #include "support/Bits.h"
 
 namespace {
 
-using AR::loops::Width;
+using Width = AF::VectorPath;
 
 using aftest::bits;
 
@@ -39,6 +40,11 @@ float plainProduct(float sample, float gain) {
 float plainSum(float held, float added) {
     volatile float sum = held + added;
     return sum;
+}
+
+float plainDifference(float held, float taken) {
+    volatile float difference = held - taken;
+    return difference;
 }
 
 constexpr float kQuietNaN = std::numeric_limits<float>::quiet_NaN();
@@ -65,12 +71,9 @@ std::vector<float> testSignal(std::size_t count, unsigned seed, bool otherNaNs) 
 }
 
 std::vector<Width> widths() {
-    std::vector<Width> available{Width::plain};
-#if AR_SAMPLE_LOOPS_X86
-    available.push_back(Width::sse2);
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) available.push_back(Width::avx2);
-#endif
+    std::vector<Width> available{Width::scalar};
+    if (AF::widestVectorPath() != Width::scalar) available.push_back(Width::sse2);
+    if (AF::widestVectorPath() == Width::avx2) available.push_back(Width::avx2);
     return available;
 }
 
@@ -106,24 +109,32 @@ void checkScaleCopy(Width width, int frames, int from, int to, float gain, unsig
     std::copy(start.begin(), start.end(), expected.storage.begin() + static_cast<std::ptrdiff_t>(expected.base));
     // The plain loop, in its order, on the same layout.
     for (int i = 0; i < frames; ++i) expected.at(to)[i] = plainProduct(expected.at(from)[i], gain);
-    AR::loops::scaleCopy(width, actual.at(to), actual.at(from), frames, gain);
+    AF::loops::scaleCopy(width, actual.at(to), actual.at(from), frames, gain);
     for (std::size_t k = 0; k < span; ++k)
         ASSERT_EQ(bits(actual.at(0)[k]), bits(expected.at(0)[k]))
             << describe(width, frames, from, to) << ", gain " << gain << ", sample " << k;
 }
 
-void checkMix(Width width, int frames, int from, int to, unsigned seed) {
+// Mixing adds the source into the destination; subtracting takes it away.
+enum class Combine { mix, subtract };
+
+void checkCombine(Combine combine, Width width, int frames, int from, int to, unsigned seed) {
     const std::size_t span = 2 * static_cast<std::size_t>(frames) + 40;
     std::vector<float> start = testSignal(span, seed, false);
-    // Huge values and infinities only positive: overlapping arrays add sums
-    // into sums, and +inf meeting -inf would make a second NaN payload.
+    // Huge values and infinities only of one sign, positive for a sum and
+    // negative for a difference: overlapping arrays combine results again,
+    // and +inf meeting -inf would make a second NaN payload.
+    const float huge = (combine == Combine::mix ? 1.0f : -1.0f) * std::numeric_limits<float>::infinity();
     for (float& sample : start)
-        if (sample > 1e38f || sample < -1e38f) sample = std::numeric_limits<float>::infinity();
+        if (sample > 1e38f || sample < -1e38f) sample = huge;
     Arena actual(span), expected(span);
     std::copy(start.begin(), start.end(), actual.storage.begin() + static_cast<std::ptrdiff_t>(actual.base));
     std::copy(start.begin(), start.end(), expected.storage.begin() + static_cast<std::ptrdiff_t>(expected.base));
-    for (int i = 0; i < frames; ++i) expected.at(to)[i] = plainSum(expected.at(to)[i], expected.at(from)[i]);
-    AR::loops::mix(width, actual.at(to), actual.at(from), frames);
+    for (int i = 0; i < frames; ++i)
+        expected.at(to)[i] = combine == Combine::mix ? plainSum(expected.at(to)[i], expected.at(from)[i])
+                                                     : plainDifference(expected.at(to)[i], expected.at(from)[i]);
+    if (combine == Combine::mix) AF::loops::mix(width, actual.at(to), actual.at(from), frames);
+    else AF::loops::subtract(width, actual.at(to), actual.at(from), frames);
     for (std::size_t k = 0; k < span; ++k)
         ASSERT_EQ(bits(actual.at(0)[k]), bits(expected.at(0)[k])) << describe(width, frames, from, to)
                                                                     << ", sample " << k;
@@ -147,7 +158,7 @@ constexpr Layout kLayouts[] = {
     {1, 0, Far::none},        {5, 8, Far::none},        {8, 5, Far::none},        {0, 7, Far::none},
     {9, 0, Far::none},        {3, 11, Far::none},       {11, 3, Far::none},       {0, 16, Far::none}};
 
-TEST(PlatformSampleLoops, ScaledCopyMatchesThePlainLoopAtEveryWidth) {
+TEST(BufferLoops, ScaledCopyMatchesThePlainLoopAtEveryWidth) {
     unsigned seed = 1;
     for (Width width : widths())
         for (int frames : kLengths)
@@ -158,22 +169,24 @@ TEST(PlatformSampleLoops, ScaledCopyMatchesThePlainLoopAtEveryWidth) {
                 }
 }
 
-TEST(PlatformSampleLoops, MixMatchesThePlainLoopAtEveryWidth) {
+TEST(BufferLoops, MixAndSubtractMatchThePlainLoopAtEveryWidth) {
     unsigned seed = 7;
-    for (Width width : widths())
-        for (int frames : kLengths)
-            for (const Layout& layout : kLayouts) {
-                checkMix(width, frames, layout.fromAt(frames), layout.toAt(frames), seed++);
-                if (HasFatalFailure()) return;
-            }
+    for (Combine combine : {Combine::mix, Combine::subtract})
+        for (Width width : widths())
+            for (int frames : kLengths)
+                for (const Layout& layout : kLayouts) {
+                    checkCombine(combine, width, frames, layout.fromAt(frames), layout.toAt(frames), seed++);
+                    if (HasFatalFailure()) return;
+                }
 }
 
-TEST(PlatformSampleLoops, NegativeCountsWriteNothing) {
+TEST(BufferLoops, NegativeCountsWriteNothing) {
     for (Width width : widths()) {
         std::vector<float> source{1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 6.0f, 7.0f, 8.0f, 9.0f};
         std::vector<float> destination(9, 0.5f);
-        AR::loops::scaleCopy(width, destination.data(), source.data(), -5, 3.0f);
-        AR::loops::mix(width, destination.data(), source.data(), -1);
+        AF::loops::scaleCopy(width, destination.data(), source.data(), -5, 3.0f);
+        AF::loops::mix(width, destination.data(), source.data(), -1);
+        AF::loops::subtract(width, destination.data(), source.data(), -2);
         for (float sample : destination) EXPECT_EQ(bits(sample), bits(0.5f));
     }
 }

@@ -7,6 +7,8 @@
 //
 // The widest set the processor offers is chosen once at load; the environment
 // variable AF_FORCE_SCALAR=1 keeps the plain loop. Tests may switch at run time.
+// The effects and the platform library's buffer loops both ask here (each
+// library holds its own copy of the choice, made by this same code).
 namespace AF {
 
 enum class VectorPath { scalar, sse2, avx2 };
@@ -29,12 +31,5 @@ bool extendedRegisters() noexcept;
 bool extendedRegistersAvailable() noexcept;
 // For tests and benchmarks: switches them off, or on where available.
 void setExtendedRegisters(bool on) noexcept;
-
-// Lanes of channels: two or four doubles, two or four floats. The four-lane
-// types belong in code compiled for AVX2.
-typedef double LanesD2 __attribute__((vector_size(16)));
-typedef float LanesF2 __attribute__((vector_size(8)));
-typedef double LanesD4 __attribute__((vector_size(32)));
-typedef float LanesF4 __attribute__((vector_size(16)));
 
 }  // namespace AF
