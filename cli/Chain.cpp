@@ -86,16 +86,25 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
              int blockSize) {
     links_.reserve(requests.size());
     for (const EffectRequest& request : requests) {
-        const auto& registration = resolveEffect(host, request.effect, channels);
-        const std::string identifier = registration.id.c_str();
-        std::unique_ptr<Effect> effect = host.create(registration);
-        if (!effect)
-            throw RunError("the module registers '" + identifier + "' but makes no instance of it");
+        std::string identifier;
+        std::unique_ptr<Effect> effect;
+        const bool fromPluginFile = namesPluginFile(request.effect);
+        if (fromPluginFile) {
+            pluginFiles_.push_back(std::make_unique<PluginFile>(request.effect));
+            effect = pluginFiles_.back()->create();
+            identifier = pluginFiles_.back()->effectName(*effect);
+        } else {
+            const auto& registration = resolveEffect(host, request.effect, channels);
+            identifier = registration.id.c_str();
+            effect = host.create(registration);
+            if (!effect)
+                throw RunError("the module registers '" + identifier + "' but makes no instance of it");
+        }
         if (effect->inputCount() != static_cast<int>(channels) || effect->outputCount() != static_cast<int>(channels))
             throw UsageError("'" + identifier + "' takes " + std::to_string(effect->inputCount()) +
                              " channel(s) but the input has " + std::to_string(channels) +
-                             "; name the family instead to get the matching variant");
-        links_.push_back({identifier, std::move(effect), {}});
+                             (fromPluginFile ? std::string() : "; name the family instead to get the matching variant"));
+        links_.push_back({identifier, std::move(effect), {}, fromPluginFile});
     }
     // The host's life cycle: open, sample rate, block size, resume, parameters.
     for (Link& link : links_) {
@@ -120,10 +129,13 @@ void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
         const Effect& effect = *link.effect;
         for (const ParameterRequest& request : requests[i].parameters) {
             const int index = findParameter(effect, link.identifier, request.parameter);
-            const float value = request.normalised
-                                    ? parseFloatExactly(request.value, "the normalised value of parameter " +
-                                                                           std::to_string(index))
-                                    : displayToNormalised(effect, link.identifier, index, request.value);
+            float value = 0.0f;
+            if (request.normalised)
+                value = parseFloatExactly(request.value, "the normalised value of parameter " + std::to_string(index));
+            else if (link.fromPluginFile)
+                value = displayToNormalisedBySearch(effect, link.identifier, index, request.value);
+            else
+                value = displayToNormalised(effect, link.identifier, index, request.value);
             effect.setParameter(index, value);
             link.applied.push_back({index, trimBlanks(effect.parameterName(index)), value,
                                     trimBlanks(effect.parameterDisplay(index)),

@@ -104,9 +104,31 @@ void processFront(AEffect* record, float** inputs, float** outputs, VstInt32 fra
     inner->process(inner, inputs, outputs, frames);
 }
 
+// True when an output array of one channel is the input array of another, so
+// that copying channel by channel would overwrite input not yet read.
+bool crossAliased(float* const* inputs, float* const* outputs, VstInt32 channels) {
+    for (VstInt32 out = 0; out < channels; ++out)
+        for (VstInt32 in = 0; in < channels; ++in)
+            if (in != out && outputs[out] == inputs[in]) return true;
+    return false;
+}
+
+// The effects work in place, as their own host drives them: channels they
+// leave alone keep what the output array held. A DAW may hand separate input
+// and output arrays, so the input is copied into the outputs first and the
+// effect then runs in place on them, giving the same bits as in place.
 void processReplacingFront(AEffect* record, float** inputs, float** outputs, VstInt32 frames) {
     AEffect* inner = self(record)->inner;
-    inner->processReplacing(inner, inputs, outputs, frames);
+    const VstInt32 channels = inner->numInputs < inner->numOutputs ? inner->numInputs : inner->numOutputs;
+    if (inputs == nullptr || outputs == nullptr || inputs == outputs || frames <= 0 ||
+        crossAliased(inputs, outputs, channels)) {
+        inner->processReplacing(inner, inputs, outputs, frames);
+        return;
+    }
+    for (VstInt32 channel = 0; channel < channels; ++channel)
+        if (inputs[channel] != outputs[channel] && inputs[channel] != nullptr && outputs[channel] != nullptr)
+            std::memmove(outputs[channel], inputs[channel], static_cast<std::size_t>(frames) * sizeof(float));
+    inner->processReplacing(inner, outputs, outputs, frames);
 }
 
 void setParameterFront(AEffect* record, VstInt32 index, float value) {

@@ -5,7 +5,9 @@
 // one instead: it carries the plug-in file's unique id and version and answers
 // the effect's name, vendor, product, vendor version and category; every other
 // call goes through to the effect's record unchanged, and the effect's calls to
-// the host come back with this record in place of its own.
+// the host come back with this record in place of its own. The one adaptation:
+// processReplacing with separate input and output arrays runs the effect in
+// place on the outputs (after copying the input there), as the effects expect.
 #include <string>
 
 #include "AEffect.h"

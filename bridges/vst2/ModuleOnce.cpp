@@ -26,6 +26,21 @@ std::string ownFolder() {
     return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
 }
 
+// True when the registry, which every user of the platform library in this
+// process shares, already holds variants whose factory lies in the module
+// whose start-up entry is `startup`: a host in this process (afx, say) has
+// started it, and a second start would register every variant twice.
+bool startedByAnotherHost(void (*startup)()) {
+    Dl_info module{};
+    if (dladdr(reinterpret_cast<void*>(startup), &module) == 0) return false;
+    for (const auto& registration : ML::VSTAudioFilterRegistry::Registrations()) {
+        Dl_info owner{};
+        if (dladdr(reinterpret_cast<void*>(registration.factory), &owner) != 0 && owner.dli_fbase == module.dli_fbase)
+            return true;
+    }
+    return false;
+}
+
 // Loads and starts the module; the empty string on success, else the reason.
 // The module stays loaded for the life of the process: effects made from it
 // may outlive any one plug-in file's use of it.
@@ -38,7 +53,7 @@ std::string loadAndStart() {
     }
     auto startup = reinterpret_cast<void (*)()>(dlsym(handle, kStartupSymbol));
     if (startup == nullptr) return path + " has no AF::Startup export";
-    startup();
+    if (!startedByAnotherHost(startup)) startup();
     return {};
 }
 

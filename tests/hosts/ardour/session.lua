@@ -58,6 +58,9 @@ local capture = {}
 for name in found[4]:iter() do capture[#capture + 1] = name end
 assert(#capture > 0, "the backend offers no capture ports")
 
+-- Progress on stderr, so that a crash inside Ardour shows where it happened.
+local function step(text) io.stderr:write("step: ", text, "\n") io.stderr:flush() end
+
 local function unity(control, what)
   local value = control:get_value()
   assert(value == 1, what .. " gain is " .. tostring(value) .. ", not 1")
@@ -67,6 +70,7 @@ end
 local master = Session:master_out()
 local total = 0
 for _, entry in ipairs(plan) do total = total + entry.channels end
+step("master with " .. total .. " channels")
 while master:n_inputs():n_audio() < total do master:input():add_port("", nil, audio) end
 while master:n_outputs():n_audio() < total do master:output():add_port("", nil, audio) end
 assert(master:n_inputs():n_audio() == total and master:n_outputs():n_audio() == total,
@@ -77,6 +81,7 @@ unity(master:trim_control(), "master trim")
 
 local next_capture, next_master = 0, 0
 for _, entry in ipairs(plan) do
+  step("track " .. entry.name)
   local track = Session:new_audio_track(entry.channels, entry.channels, nil, 1, entry.name, -1,
                                         ARDOUR.TrackMode.Normal, false):front()
   assert(track and not track:isnil(), "cannot make track " .. entry.name)
@@ -97,6 +102,7 @@ for _, entry in ipairs(plan) do
   entry.track = track
 end
 
+step("recording")
 Session:maybe_enable_record(false)
 Session:request_roll(ARDOUR.TransportRequestSource.TRS_UI)
 sleep(seconds)
@@ -127,6 +133,7 @@ for _, entry in ipairs(plan) do
                                region:start():samples(), region:length():samples(), table.concat(files, " "))
 
   if entry.kind ~= "none" then
+    step("plug-in " .. entry.plugin .. " on " .. entry.name)
     local plugin = ARDOUR.LuaAPI.new_plugin(Session, entry.plugin, ARDOUR.PluginType[entry.kind], "")
     assert(not plugin:isnil(), "Ardour finds no " .. entry.kind .. " plug-in '" .. entry.plugin .. "'")
     assert(track:add_processor_by_index(plugin, 0, nil, true), "cannot add " .. entry.plugin)
