@@ -10,9 +10,10 @@ PLAN.json is a list of tracks:
 "params" are the values given to Ardour's plug-in controls (index: value);
 "afx" are the arguments that make afx render the same thing.
 
-One session holds every track (ardour7-lua with the Dummy backend records its
-noise on each track, then adds the plug-ins), ardour7-export writes the master
-as 32-bit float with every track on channels of its own, and each track's
+A session holds many tracks (ardour7-lua with the Dummy backend records its
+noise on each track, then adds the plug-ins; a plan with more channels than
+one master carries is split over several sessions), ardour7-export writes the
+master as 32-bit float with every track on channels of its own, and each track's
 channels must equal afx's output exactly. A pass-through track with no plug-in
 proves that the gain stages in between are unity. An Ardour process that
 crashes is run again, at most three times in all; a mismatch is never retried.
@@ -108,8 +109,9 @@ def parse_vst2_cache(text):
              int(info.get("n_outputs"))) for info in root.iter("VST2Info")]
 
 
-def run_ardour(command, env, done_marker, what, log):
-    """Runs an Ardour tool; again after a crash, at most ATTEMPTS times in all."""
+def run_ardour(command, env, done_marker, what, log, fresh_start):
+    """Runs an Ardour tool; again after a crash (with fresh_start() first), at
+    most ATTEMPTS times in all."""
     for attempt in range(1, ATTEMPTS + 1):
         result = subprocess.run(command, env=env, capture_output=True, text=True)
         output = result.stdout + result.stderr
@@ -121,9 +123,7 @@ def run_ardour(command, env, done_marker, what, log):
             raise Failure(f"{what} failed (exit {result.returncode}):\n{output[-3000:]}")
         print(f"  {what} crashed inside Ardour (exit {result.returncode}), attempt {attempt} of {ATTEMPTS}",
               flush=True)
-        yield_cleanup = getattr(run_ardour, "cleanup", None)
-        if yield_cleanup:
-            yield_cleanup()
+        fresh_start()
     raise Failure(f"{what} crashed {ATTEMPTS} times")
 
 
@@ -142,10 +142,9 @@ def build_session(plan, work, env, seconds, log):
         shutil.rmtree(session_dir, ignore_errors=True)
 
     fresh()
-    run_ardour.cleanup = fresh
     output, attempts = run_ardour(["ardour7-lua", SESSION_SCRIPT, plan_file, session_dir, SESSION_NAME, str(seconds),
                                    str(LEAD_IN)],
-                                  env, "SESSION SAVED", "ardour7-lua", log)
+                                  env, "SESSION SAVED", "ardour7-lua", log, fresh)
     tracks = {}
     for line in output.splitlines():
         if line.startswith("TRACK "):
@@ -165,9 +164,8 @@ def export(session_dir, work, env, log):
         if os.path.exists(out):
             os.remove(out)
 
-    run_ardour.cleanup = fresh
     _, attempts = run_ardour(["ardour7-export", "-b", "float", "-o", out, session_dir, SESSION_NAME],
-                             env, "* Done.", "ardour7-export", log)
+                             env, "* Done.", "ardour7-export", log, fresh)
     return out, attempts
 
 
