@@ -3,10 +3,11 @@
 set -euo pipefail
 
 # Build: compilers, CMake, GoogleTest, Google Benchmark, libsndfile (afx), the LADSPA and LV2 headers (bridges).
-# Tests: clang with libFuzzer (fuzz/run.sh) and the real hosts the bridges are tried in.
+# Tests: clang with libFuzzer (fuzz/run.sh) and the real hosts the bridges are tried in
+# (Ardour 7 for the VST 2 files, driven by Debian's Python with NumPy).
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev ladspa-sdk lv2-dev)
 if [ "${1:-}" = --tests ]; then
-  packages+=(clang libclang-rt-14-dev ffmpeg sox lv2file lilv-utils sordi)
+  packages+=(clang libclang-rt-14-dev ffmpeg sox lv2file lilv-utils sordi ardour python3-numpy)
 fi
 missing=()
 for package in "${packages[@]}"; do
