@@ -1,7 +1,5 @@
 #include "PluginFile.h"
 
-#include <dlfcn.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -12,15 +10,13 @@
 namespace afx {
 namespace {
 
-constexpr VstInt32 kGetEffectName = 45;
 // Bisection steps: more than the 24 bits of a float in 0..1 need.
 constexpr int kSearchSteps = 64;
-// The interface version afx reports when a plug-in asks (opcode 1).
+// The interface version afx reports when a plug-in asks.
 constexpr VstIntPtr kHostInterfaceVersion = 2300;
 
 VstIntPtr pluginHostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float) {
-    constexpr VstInt32 kAudioMasterVersion = 1;
-    return opcode == kAudioMasterVersion ? kHostInterfaceVersion : 0;
+    return opcode == audioMasterVersion ? kHostInterfaceVersion : 0;
 }
 
 bool endsWith(const std::string& text, const std::string& tail) {
@@ -45,43 +41,23 @@ double displayAt(const Effect& effect, int index, float normalised) {
 
 bool namesPluginFile(const std::string& text) { return endsWith(text, ".so") || text.find('/') != std::string::npos; }
 
-PluginFile::PluginFile(const std::string& path) : path_(path) {
-    // A path without a slash would make dlopen search the system folders.
-    const std::string opened = path.find('/') == std::string::npos ? "./" + path : path;
-    handle_ = ::dlopen(opened.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle_ == nullptr) {
-        const char* reason = ::dlerror();
-        throw RunError("cannot load the plug-in file " + path + ": " + (reason ? reason : "unknown reason"));
-    }
-    using Entry = AEffect* (*)(audioMasterCallback);
-    entry_ = reinterpret_cast<Entry>(::dlsym(handle_, "VSTPluginMain"));
-    if (entry_ == nullptr) entry_ = reinterpret_cast<Entry>(::dlsym(handle_, "main"));
-    if (entry_ == nullptr) {
-        ::dlclose(handle_);
-        handle_ = nullptr;
-        throw RunError("the file " + path + " exports neither VSTPluginMain nor main; is it a VST 2 plug-in?");
-    }
-}
-
-PluginFile::~PluginFile() {
-    if (handle_ != nullptr) ::dlclose(handle_);
+PluginFile::PluginFile(const std::string& path) : file_(path) {
+    if (!file_.loaded()) throw RunError(file_.error());
 }
 
 std::unique_ptr<Effect> PluginFile::create() const {
-    AEffect* record = entry_(&pluginHostCallback);
-    if (record == nullptr) throw RunError("the plug-in file " + path_ + " made no effect");
-    if (record->magic != kEffectMagic)
-        throw RunError("the plug-in file " + path_ + " returned a record without the plug-in magic");
-    return std::make_unique<Effect>(record, nullptr);
+    std::string error;
+    Effect effect = file_.create(&pluginHostCallback, &error);
+    if (!effect) throw RunError(error);
+    return std::make_unique<Effect>(std::move(effect));
 }
 
 std::string PluginFile::effectName(const Effect& effect) const {
-    char name[256] = {};
-    effect.dispatch(kGetEffectName, 0, 0, name, 0.0f);
-    name[sizeof name - 1] = '\0';
-    if (name[0] != '\0') return name;
-    const std::size_t slash = path_.rfind('/');
-    return slash == std::string::npos ? path_ : path_.substr(slash + 1);
+    const std::string name = effect.text(effGetEffectName);
+    if (!name.empty()) return name;
+    const std::string& path = file_.path();
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 float displayToNormalisedBySearch(const Effect& effect, const std::string& identifier, int index,

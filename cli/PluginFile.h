@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ModuleHost.h"
+#include "hostkit/PluginFile.h"
 
 namespace afx {
 
@@ -16,11 +17,8 @@ bool namesPluginFile(const std::string& text);
 // A loaded plug-in file; it stays loaded while any effect made from it lives.
 class PluginFile {
 public:
-    // dlopen and the entry look-up; RunError when either fails.
+    // Loads the file and looks up its entry; RunError when either fails.
     explicit PluginFile(const std::string& path);
-    ~PluginFile();
-    PluginFile(const PluginFile&) = delete;
-    PluginFile& operator=(const PluginFile&) = delete;
 
     // A new effect from the file's entry; RunError when it makes none or the
     // record is not a plug-in record. The effect has no property interface.
@@ -29,9 +27,7 @@ public:
     std::string effectName(const Effect& effect) const;
 
 private:
-    std::string path_;
-    void* handle_ = nullptr;
-    AEffect* (*entry_)(audioMasterCallback) = nullptr;
+    hostkit::PluginFile file_;
 };
 
 // Display value to normalised for an effect without a property interface:

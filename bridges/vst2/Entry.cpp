@@ -2,6 +2,7 @@
 
 #include "FrontRecord.h"
 #include "ModuleOnce.h"
+#include "Opcodes.h"
 
 extern "C" AEffect* AudioFiltersVst2Open(const char* identifier, const char* pluginName, VstInt32 uniqueId,
                                          audioMasterCallback host) {
@@ -9,9 +10,6 @@ extern "C" AEffect* AudioFiltersVst2Open(const char* identifier, const char* plu
     AEffect* inner = AFVst2::createRegisteredEffect(identifier, AFVst2::hostCallback());
     if (inner == nullptr) return nullptr;
     AEffect* front = AFVst2::presentInFront(inner, AFVst2::Identity{pluginName, uniqueId}, host);
-    if (front == nullptr) {
-        constexpr VstInt32 kClose = 1;
-        inner->dispatcher(inner, kClose, 0, 0, nullptr, 0.0f);
-    }
+    if (front == nullptr) inner->dispatcher(inner, effClose, 0, 0, nullptr, 0.0f);
     return front;
 }

@@ -6,22 +6,25 @@
 #include <mutex>
 #include <new>
 
+#include "Opcodes.h"
+
 namespace AFVst2 {
 namespace {
 
-// Dispatcher opcodes the front answers itself.
-constexpr VstInt32 kClose = 1;
-constexpr VstInt32 kGetPlugCategory = 35;
-constexpr VstInt32 kGetEffectName = 45;
-constexpr VstInt32 kGetVendorString = 47;
-constexpr VstInt32 kGetProductString = 48;
-constexpr VstInt32 kGetVendorVersion = 49;
 // The category of an audio effect (not a synth, analyser, shell, ...).
 constexpr VstIntPtr kCategoryEffect = 1;
 // Hosts pass these texts in buffers of 64 bytes; leave room for the terminator.
 constexpr std::size_t kVendorTextMax = 63;
 // The effect name fits hosts' 32-byte buffers.
 constexpr std::size_t kEffectNameMax = 31;
+// The longest texts the interface lets an effect write into a host's buffer,
+// in characters before the terminating zero: hosts size their buffers for
+// these and no more.
+constexpr std::size_t kParameterTextMax = 8;  // parameter names, labels, displays
+constexpr std::size_t kProgramNameMax = 24;
+// Room the effects get for a text before it is cut to the host's limit: they
+// copy their texts without a limit of their own.
+constexpr std::size_t kEffectTextBytes = 512;
 constexpr const char* kVendor = "AudioFilters";
 // The entry's version as hosts read it (1000 per major, 100 per minor, 10 per patch release).
 constexpr VstInt32 kPluginVersion = AF_VST2_VERSION;
@@ -80,22 +83,54 @@ void copyText(void* destination, const std::string& text, std::size_t maxLength)
     static_cast<char*>(destination)[length] = '\0';
 }
 
+// The longest text the host's buffer takes for a text request; 0 for any other request.
+std::size_t textLimit(VstInt32 opcode) {
+    switch (opcode) {
+        case effGetParamLabel:
+        case effGetParamDisplay:
+        case effGetParamName: return kParameterTextMax;
+        case effGetProgramName:
+        case effGetProgramNameIndexed: return kProgramNameMax;
+        default: return 0;
+    }
+}
+
+// A text request answered into a buffer of the front's own, then copied to
+// the host cut to `limit` characters. The effect starts from what the host's
+// buffer held, so a request that writes nothing leaves the host's text as it was.
+VstIntPtr boundedText(AEffect* inner, VstInt32 opcode, VstInt32 index, VstIntPtr value, char* hostText,
+                      std::size_t limit, float opt) {
+    char text[kEffectTextBytes] = {};
+    std::memcpy(text, hostText, strnlen(hostText, limit));
+    const VstIntPtr result = inner->dispatcher(inner, opcode, index, value, text, opt);
+    text[kEffectTextBytes - 1] = '\0';
+    const std::size_t length = strnlen(text, limit);
+    std::memcpy(hostText, text, length);
+    hostText[length] = '\0';
+    return result;
+}
+
 VstIntPtr dispatchFront(AEffect* record, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) {
     Front* front = self(record);
     switch (opcode) {
-        case kGetPlugCategory: return kCategoryEffect;
-        case kGetEffectName: copyText(ptr, front->pluginName, kEffectNameMax); return 1;
-        case kGetVendorString: copyText(ptr, kVendor, kVendorTextMax); return 1;
-        case kGetProductString: copyText(ptr, front->productName, kVendorTextMax); return 1;
-        case kGetVendorVersion: return kPluginVersion;
-        case kClose: {
+        case effGetPlugCategory: return kCategoryEffect;
+        case effGetEffectName: copyText(ptr, front->pluginName, kEffectNameMax); return 1;
+        case effGetVendorString: copyText(ptr, kVendor, kVendorTextMax); return 1;
+        case effGetProductString: copyText(ptr, front->productName, kVendorTextMax); return 1;
+        case effGetVendorVersion: return kPluginVersion;
+        case effClose: {
             // The effect's own close request deletes the effect; then the front goes.
             untrack(front);
             const VstIntPtr result = front->inner->dispatcher(front->inner, opcode, index, value, ptr, opt);
             delete front;
             return result;
         }
-        default: return front->inner->dispatcher(front->inner, opcode, index, value, ptr, opt);
+        default: {
+            const std::size_t limit = textLimit(opcode);
+            if (limit > 0 && ptr != nullptr)
+                return boundedText(front->inner, opcode, index, value, static_cast<char*>(ptr), limit, opt);
+            return front->inner->dispatcher(front->inner, opcode, index, value, ptr, opt);
+        }
     }
 }
 

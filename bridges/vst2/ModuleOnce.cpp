@@ -1,87 +1,40 @@
 #include "ModuleOnce.h"
 
-#include <dlfcn.h>
-
 #include <cstdio>
 #include <mutex>
-#include <string>
 
-#include "AudioEffect.h"
-#include "ML/VSTAudioFilterRegistry.h"
-#include "Ordo/ImmutableString.h"
+#include "hostkit/Module.h"
 
 namespace AFVst2 {
 namespace {
 
-// void AF::Startup(), by its mangled name.
-constexpr const char* kStartupSymbol = "_ZN2AF7StartupEv";
-constexpr const char* kModuleFile = "libAudioFilters.so";
-
-// The folder of this library, with a trailing slash: the module lies beside it.
-std::string ownFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&ownFolder), &info) == 0 || info.dli_fname == nullptr) return "./";
-    const std::string path = info.dli_fname;
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
-}
-
-// True when the registry, which every user of the platform library in this
-// process shares, already holds variants whose factory lies in the module
-// whose start-up entry is `startup`: a host in this process (afx, say) has
-// started it, and a second start would register every variant twice.
-bool startedByAnotherHost(void (*startup)()) {
-    Dl_info module{};
-    if (dladdr(reinterpret_cast<void*>(startup), &module) == 0) return false;
-    for (const auto& registration : ML::VSTAudioFilterRegistry::Registrations()) {
-        Dl_info owner{};
-        if (dladdr(reinterpret_cast<void*>(registration.factory), &owner) != 0 && owner.dli_fbase == module.dli_fbase)
-            return true;
-    }
-    return false;
-}
-
-// Loads and starts the module; the empty string on success, else the reason.
-// The module stays loaded for the life of the process: effects made from it
-// may outlive any one plug-in file's use of it.
-std::string loadAndStart() {
-    const std::string path = ownFolder() + kModuleFile;
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        const char* reason = dlerror();
-        return "cannot load " + path + ": " + (reason != nullptr ? reason : "unknown reason");
-    }
-    auto startup = reinterpret_cast<void (*)()>(dlsym(handle, kStartupSymbol));
-    if (startup == nullptr) return path + " has no AF::Startup export";
-    if (!startedByAnotherHost(startup)) startup();
-    return {};
-}
-
-const std::string& startedOnce() {
+// The module beside this library, loaded and started the first time any
+// plug-in file asks for an effect. It stays loaded for the life of the
+// process: effects made from it may outlive any one plug-in file's use of it.
+const hostkit::Module& moduleOnce() {
     static std::once_flag once;
-    static std::string error;
+    static hostkit::Module module;
     std::call_once(once, [] {
-        error = loadAndStart();
-        if (!error.empty()) std::fprintf(stderr, "AudioFilters VST 2: %s\n", error.c_str());
+        module = hostkit::Module::Load(hostkit::locateModule(reinterpret_cast<const void*>(&moduleOnce)));
+        if (!module.loaded()) std::fprintf(stderr, "AudioFilters VST 2: %s\n", module.error().c_str());
     });
-    return error;
+    return module;
 }
 
 }  // namespace
 
 AEffect* createRegisteredEffect(const char* identifier, audioMasterCallback host) {
-    if (!startedOnce().empty()) return nullptr;
-    ML::VSTAudioFilterRegistry::Registration registration;
-    if (!ML::VSTAudioFilterRegistry::Find(Ordo::ImmutableString::CreateStatic(identifier), registration) ||
-        registration.factory == nullptr) {
+    const hostkit::Module& module = moduleOnce();
+    if (!module.loaded()) return nullptr;
+    const hostkit::Registration* registration = module.find(identifier);
+    if (registration == nullptr) {
         std::fprintf(stderr, "AudioFilters VST 2: the module registers no '%s'\n", identifier);
         return nullptr;
     }
-    ML::VSTPropertySupportMixin* properties = nullptr;
-    AudioEffect* effect = registration.factory(registration.id, host, &properties);
-    if (effect == nullptr) return nullptr;
-    AEffect* record = effect->getAeffect();
-    return record != nullptr && record->magic == kEffectMagic ? record : nullptr;
+    std::string error;
+    hostkit::Effect effect = module.create(*registration, host, &error);
+    if (!effect && !error.empty()) std::fprintf(stderr, "AudioFilters VST 2: %s\n", error.c_str());
+    return effect.release();
 }
 
 }  // namespace AFVst2

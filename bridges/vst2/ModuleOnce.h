@@ -2,7 +2,6 @@
 // The effects module as the VST 2 entry sees it: loaded from beside the entry
 // library and started the first time any plug-in file needs it, once per process.
 #include "AEffect.h"
-#include "ML/VSTPropertySupportMixin.h"
 
 namespace AFVst2 {
 

@@ -14,24 +14,13 @@
 
 #include "AEffect.h"
 #include "ML/VSTAudioFilterRegistry.h"
+#include "Opcodes.h"
+#include "hostkit/PluginFile.h"
 #include "support/Buffers.h"
 #include "support/HostFixture.h"
 
 namespace {
 
-constexpr VstInt32 kClose = 1;
-constexpr VstInt32 kSetProgram = 2;
-constexpr VstInt32 kGetParamName = 8;
-constexpr VstInt32 kSetSampleRate = 10;
-constexpr VstInt32 kMainsChanged = 12;
-constexpr VstInt32 kGetPlugCategory = 35;
-constexpr VstInt32 kGetEffectName = 45;
-constexpr VstInt32 kGetVendorString = 47;
-constexpr VstInt32 kGetProductString = 48;
-constexpr VstInt32 kGetVendorVersion = 49;
-constexpr VstInt32 kCanDo = 51;
-constexpr VstInt32 kGetVstVersion = 58;
-constexpr VstInt32 kHostAutomate = 0;
 constexpr int kFrames = 777;
 
 std::string pluginPath(const std::string& name) {
@@ -53,30 +42,17 @@ VstIntPtr recordingHost(AEffect* effect, VstInt32 opcode, VstInt32, VstIntPtr, v
 // One plug-in file opened as a host opens it; the effect is closed at the end.
 class Plugin {
 public:
-    explicit Plugin(const std::string& name) {
-        handle_ = dlopen(pluginPath(name).c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (handle_ == nullptr) return;
-        auto entry = reinterpret_cast<AEffect* (*)(audioMasterCallback)>(dlsym(handle_, "VSTPluginMain"));
-        if (entry != nullptr) record_ = entry(&recordingHost);
-    }
-    ~Plugin() {
-        if (record_ != nullptr) record_->dispatcher(record_, kClose, 0, 0, nullptr, 0.0f);
-        if (handle_ != nullptr) dlclose(handle_);
-    }
-    AEffect* record() const { return record_; }
-    std::string text(VstInt32 opcode, VstInt32 index = 0) const {
-        char buffer[256] = {};
-        record_->dispatcher(record_, opcode, index, 0, buffer, 0.0f);
-        return buffer;
-    }
+    explicit Plugin(const std::string& name) : file_(pluginPath(name)), effect_(file_.create(&recordingHost)) {}
+    AEffect* record() const { return effect_.record(); }
+    std::string text(VstInt32 opcode, VstInt32 index = 0) const { return effect_.text(opcode, index); }
     VstIntPtr dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0, void* ptr = nullptr,
                        float opt = 0.0f) const {
-        return record_->dispatcher(record_, opcode, index, value, ptr, opt);
+        return effect_.dispatch(opcode, index, value, ptr, opt);
     }
 
 private:
-    void* handle_ = nullptr;
-    AEffect* record_ = nullptr;
+    hostkit::PluginFile file_;  // unloaded after the effect is closed
+    hostkit::Effect effect_;
 };
 
 VstInt32 code(const char (&text)[5]) {
@@ -109,16 +85,16 @@ TEST(Vst2Entry, PresentsItsOwnIdentityAndForwardsTheRest) {
     EXPECT_EQ(record->numOutputs, 2);
     EXPECT_EQ(record->numParams, 1);
     EXPECT_EQ(record->numPrograms, 1);
-    EXPECT_EQ(plugin.dispatch(kGetPlugCategory), 1);  // an effect
-    EXPECT_EQ(plugin.text(kGetEffectName), "Highpass Stereo");
-    EXPECT_EQ(plugin.text(kGetVendorString), "AudioFilters");
-    EXPECT_EQ(plugin.text(kGetProductString), "AudioFilters Highpass Stereo");
-    EXPECT_EQ(plugin.dispatch(kGetVendorVersion), 100);
+    EXPECT_EQ(plugin.dispatch(effGetPlugCategory), 1);  // an effect
+    EXPECT_EQ(plugin.text(effGetEffectName), "Highpass Stereo");
+    EXPECT_EQ(plugin.text(effGetVendorString), "AudioFilters");
+    EXPECT_EQ(plugin.text(effGetProductString), "AudioFilters Highpass Stereo");
+    EXPECT_EQ(plugin.dispatch(effGetVendorVersion), 100);
     // Answers of the effect itself, through the front.
-    EXPECT_EQ(plugin.text(kGetParamName, 0), "Cutoff");
-    EXPECT_EQ(plugin.dispatch(kGetVstVersion), 2300);
+    EXPECT_EQ(plugin.text(effGetParamName, 0), "Cutoff");
+    EXPECT_EQ(plugin.dispatch(effGetVstVersion), 2300);
     char query[] = "receiveVstMidiEvent";
-    EXPECT_EQ(plugin.dispatch(kCanDo, 0, 0, query), 0);
+    EXPECT_EQ(plugin.dispatch(effCanDo, 0, 0, query), 0);
     record->setParameter(record, 0, 0.3125f);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(record->getParameter(record, 0)), std::bit_cast<std::uint32_t>(0.3125f));
 }
@@ -134,10 +110,10 @@ TEST(Vst2Entry, EffectCallsReachTheHostWithTheFrontRecord) {
     Plugin plugin("Volume Stereo");
     ASSERT_NE(plugin.record(), nullptr);
     // The program resets the level and reports it to the host as an automation.
-    plugin.dispatch(kSetProgram, 0, 0);
+    plugin.dispatch(effSetProgram, 0, 0);
     ASSERT_FALSE(hostCalls.empty());
     for (const HostCall& call : hostCalls) EXPECT_EQ(call.effect, plugin.record());
-    EXPECT_EQ(hostCalls.front().opcode, kHostAutomate);
+    EXPECT_EQ(hostCalls.front().opcode, audioMasterAutomate);
 }
 
 // The effects work in place; given separate arrays, the entry must give the
@@ -151,8 +127,8 @@ TEST(Vst2Entry, SeparateArraysGiveTheInPlaceResult) {
         ASSERT_NE(separate.record(), nullptr);
         const int channels = inPlace.record()->numInputs;
         for (const Plugin* plugin : {&inPlace, &separate}) {
-            plugin->dispatch(kSetSampleRate, 0, 0, nullptr, 48000.0f);
-            plugin->dispatch(kMainsChanged, 0, 1);
+            plugin->dispatch(effSetSampleRate, 0, 0, nullptr, 48000.0f);
+            plugin->dispatch(effMainsChanged, 0, 1);
             for (int index = 0; index < plugin->record()->numParams; ++index)
                 plugin->record()->setParameter(plugin->record(), index, 0.6875f);
         }
@@ -170,6 +146,44 @@ TEST(Vst2Entry, SeparateArraysGiveTheInPlaceResult) {
         for (int c = 0; c < channels; ++c)
             EXPECT_EQ(std::memcmp(shared[c].data(), output[c].data(), kFrames * sizeof(float)), 0) << "channel " << c;
     }
+}
+
+// A host may size its text buffers to the interface's limits and no more: 8
+// characters for parameter names, labels and displays, 24 for program names,
+// each followed by the terminating zero. Whatever the effect says, the front
+// writes no byte past that, and the text is the effect's own cut to the limit.
+TEST(Vst2Entry, TextsStayWithinTheHostsBuffer) {
+    struct Request {
+        VstInt32 opcode;
+        std::size_t limit;
+    };
+    constexpr Request kRequests[] = {{effGetParamName, 8}, {effGetParamLabel, 8}, {effGetParamDisplay, 8},
+                                     {effGetProgramName, 24}};
+    constexpr char kGuard = '\x5a';
+    constexpr std::size_t kGuardBytes = 64;
+    int longerThanTheLimit = 0;
+    for (const char* name : {"Channel Volume 16 Channel", "Volume Stereo", "Delay 5.1", "Highpass Stereo"}) {
+        SCOPED_TRACE(name);
+        Plugin plugin(name);
+        ASSERT_NE(plugin.record(), nullptr);
+        auto own = aftest::HostEffect::Create(std::string("Internal ") + name);
+        ASSERT_TRUE(own);
+        for (VstInt32 index = 0; index < plugin.record()->numParams; ++index) {
+            for (const Request& request : kRequests) {
+                const std::string whole = own->text(request.opcode, index);
+                if (whole.size() > request.limit) ++longerThanTheLimit;
+                std::vector<char> buffer(request.limit + 1 + kGuardBytes, kGuard);
+                buffer[0] = '\0';
+                plugin.dispatch(request.opcode, index, 0, buffer.data());
+                EXPECT_EQ(std::string(buffer.data()), whole.substr(0, request.limit))
+                    << "opcode " << request.opcode << " index " << index;
+                for (std::size_t at = request.limit + 1; at < buffer.size(); ++at)
+                    ASSERT_EQ(buffer[at], kGuard) << "opcode " << request.opcode << " index " << index;
+            }
+        }
+    }
+    // The check above cut some text: the limit was really exercised.
+    EXPECT_GT(longerThanTheLimit, 0);
 }
 
 // Many files in one process start the module once: the registry holds each
