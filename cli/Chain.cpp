@@ -138,9 +138,24 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
              int blockSize) {
     links_.reserve(requests.size());
     for (const EffectRequest& request : requests) {
+        Link link;
+        if (namesPluginFile(request.effect)) {
+            // A VST 2 plug-in file: one instance, as wide as the audio.
+            pluginFiles_.push_back(std::make_unique<PluginFile>(request.effect));
+            link.instances.push_back(pluginFiles_.back()->create());
+            const Effect& effect = *link.instances.front();
+            link.identifier = pluginFiles_.back()->effectName(effect);
+            link.fromPluginFile = true;
+            if (effect.inputCount() != static_cast<int>(channels) || effect.outputCount() != static_cast<int>(channels))
+                throw UsageError("'" + link.identifier + "' takes " + std::to_string(effect.inputCount()) +
+                                 " channel(s) but the input has " + std::to_string(channels));
+            link.width = channels;
+            links_.push_back(std::move(link));
+            continue;
+        }
         const auto& registration = resolveForChain(host, request.effect, channels);
         const std::string identifier = registration.id.c_str();
-        Link link{identifier, {}, 0, {}};
+        link.identifier = identifier;
         link.instances.push_back(host.create(registration));
         if (!link.instances.front())
             throw RunError("the module registers '" + identifier + "' but makes no instance of it");
@@ -180,10 +195,13 @@ void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
         const Effect& effect = *link.instances.front();
         for (const ParameterRequest& request : requests[i].parameters) {
             const int index = findParameter(effect, link.identifier, request.parameter);
-            const float value = request.normalised
-                                    ? parseFloatExactly(request.value, "the normalised value of parameter " +
-                                                                           std::to_string(index))
-                                    : displayToNormalised(effect, link.identifier, index, request.value);
+            float value = 0.0f;
+            if (request.normalised)
+                value = parseFloatExactly(request.value, "the normalised value of parameter " + std::to_string(index));
+            else if (link.fromPluginFile)
+                value = displayToNormalisedBySearch(effect, link.identifier, index, request.value);
+            else
+                value = displayToNormalised(effect, link.identifier, index, request.value);
             // Every instance of a link gets the same settings.
             for (const auto& instance : link.instances) instance->setParameter(index, value);
             link.applied.push_back({index, spelledName(effect, index), value,

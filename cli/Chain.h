@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ModuleHost.h"
+#include "PluginFile.h"
 
 namespace afx {
 
@@ -16,7 +17,8 @@ struct ParameterRequest {
     std::string value;
 };
 
-// One -e EFFECT with the parameter requests that follow it.
+// One -e EFFECT with the parameter requests that follow it. EFFECT is an
+// effect of the module or the path of a VST 2 plug-in file.
 struct EffectRequest {
     std::string effect;
     std::vector<ParameterRequest> parameters;
@@ -62,11 +64,14 @@ private:
         std::vector<std::unique_ptr<Effect>> instances;
         unsigned width = 0;
         std::vector<AppliedParameter> applied;
+        bool fromPluginFile = false;
     };
 
     void applyRequests(const std::vector<EffectRequest>& requests);
 
     bool running_ = false;
+    // Declared before the links: the files stay loaded until their effects are closed.
+    std::vector<std::unique_ptr<PluginFile>> pluginFiles_;
     std::vector<Link> links_;
 };
 

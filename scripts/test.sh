@@ -18,6 +18,8 @@ run_suite() {  # build folder, extra CMake arguments...
 }
 
 run_suite build -DCMAKE_BUILD_TYPE=Release
+echo "== All VST 2 plug-in files, installed, in Ardour 7 (headless), each compared with afx bit for bit"
+sh tests/hosts/ardour/vst2-installed.sh build
 echo "== The Release suite again with the vector kernels switched off (plain per-channel loops)"
 AF_FORCE_SCALAR=1 build/bin/af_tests --gtest_brief=1
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

@@ -1,0 +1,221 @@
+#include "FrontRecord.h"
+
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+#include "Opcodes.h"
+
+namespace AFVst2 {
+namespace {
+
+// The category of an audio effect (not a synth, analyser, shell, ...).
+constexpr VstIntPtr kCategoryEffect = 1;
+// Hosts pass these texts in buffers of 64 bytes; leave room for the terminator.
+constexpr std::size_t kVendorTextMax = 63;
+// The effect name fits hosts' 32-byte buffers.
+constexpr std::size_t kEffectNameMax = 31;
+// The longest texts the interface lets an effect write into a host's buffer,
+// in characters before the terminating zero: hosts size their buffers for
+// these and no more.
+constexpr std::size_t kParameterTextMax = 8;  // parameter names, labels, displays
+constexpr std::size_t kProgramNameMax = 24;
+// Room the effects get for a text before it is cut to the host's limit: they
+// copy their texts without a limit of their own.
+constexpr std::size_t kEffectTextBytes = 512;
+constexpr const char* kVendor = "AudioFilters";
+// The entry's version as hosts read it (1000 per major, 100 per minor, 10 per patch release).
+constexpr VstInt32 kPluginVersion = AF_VST2_VERSION;
+
+struct Front {
+    AEffect record;  // first, so the host's record pointer is the Front's address
+    AEffect* inner;
+    audioMasterCallback host;
+    std::string pluginName;
+    std::string productName;
+};
+
+// Live effects by their own record, so that a call an effect makes to the host
+// can be handed on with the host's record. Looked up without a lock (an effect
+// may call from any thread); slots are taken and freed under the lock.
+constexpr std::size_t kMaxLiveEffects = 4096;
+std::array<std::atomic<AEffect*>, kMaxLiveEffects> liveInner{};
+std::array<std::atomic<Front*>, kMaxLiveEffects> liveFront{};
+std::mutex slotsLock;
+
+bool track(Front* front) {
+    std::lock_guard<std::mutex> lock(slotsLock);
+    for (std::size_t slot = 0; slot < kMaxLiveEffects; ++slot) {
+        if (liveInner[slot].load(std::memory_order_relaxed) == nullptr) {
+            liveFront[slot].store(front, std::memory_order_relaxed);
+            liveInner[slot].store(front->inner, std::memory_order_release);
+            return true;
+        }
+    }
+    return false;
+}
+
+void untrack(const Front* front) {
+    std::lock_guard<std::mutex> lock(slotsLock);
+    for (std::size_t slot = 0; slot < kMaxLiveEffects; ++slot) {
+        if (liveFront[slot].load(std::memory_order_relaxed) == front) {
+            liveInner[slot].store(nullptr, std::memory_order_release);
+            liveFront[slot].store(nullptr, std::memory_order_relaxed);
+        }
+    }
+}
+
+Front* frontOf(const AEffect* inner) {
+    for (std::size_t slot = 0; slot < kMaxLiveEffects; ++slot)
+        if (liveInner[slot].load(std::memory_order_acquire) == inner)
+            return liveFront[slot].load(std::memory_order_relaxed);
+    return nullptr;
+}
+
+Front* self(AEffect* record) { return static_cast<Front*>(record->object); }
+
+void copyText(void* destination, const std::string& text, std::size_t maxLength) {
+    if (destination == nullptr) return;
+    const std::size_t length = text.size() < maxLength ? text.size() : maxLength;
+    std::memcpy(destination, text.data(), length);
+    static_cast<char*>(destination)[length] = '\0';
+}
+
+// The longest text the host's buffer takes for a text request; 0 for any other request.
+std::size_t textLimit(VstInt32 opcode) {
+    switch (opcode) {
+        case effGetParamLabel:
+        case effGetParamDisplay:
+        case effGetParamName: return kParameterTextMax;
+        case effGetProgramName:
+        case effGetProgramNameIndexed: return kProgramNameMax;
+        default: return 0;
+    }
+}
+
+// A text request answered into a buffer of the front's own, then copied to
+// the host cut to `limit` characters. The effect starts from what the host's
+// buffer held, so a request that writes nothing leaves the host's text as it was.
+VstIntPtr boundedText(AEffect* inner, VstInt32 opcode, VstInt32 index, VstIntPtr value, char* hostText,
+                      std::size_t limit, float opt) {
+    char text[kEffectTextBytes] = {};
+    std::memcpy(text, hostText, strnlen(hostText, limit));
+    const VstIntPtr result = inner->dispatcher(inner, opcode, index, value, text, opt);
+    text[kEffectTextBytes - 1] = '\0';
+    const std::size_t length = strnlen(text, limit);
+    std::memcpy(hostText, text, length);
+    hostText[length] = '\0';
+    return result;
+}
+
+VstIntPtr dispatchFront(AEffect* record, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) {
+    Front* front = self(record);
+    switch (opcode) {
+        case effGetPlugCategory: return kCategoryEffect;
+        case effGetEffectName: copyText(ptr, front->pluginName, kEffectNameMax); return 1;
+        case effGetVendorString: copyText(ptr, kVendor, kVendorTextMax); return 1;
+        case effGetProductString: copyText(ptr, front->productName, kVendorTextMax); return 1;
+        case effGetVendorVersion: return kPluginVersion;
+        case effClose: {
+            // The effect's own close request deletes the effect; then the front goes.
+            untrack(front);
+            const VstIntPtr result = front->inner->dispatcher(front->inner, opcode, index, value, ptr, opt);
+            delete front;
+            return result;
+        }
+        default: {
+            const std::size_t limit = textLimit(opcode);
+            if (limit > 0 && ptr != nullptr)
+                return boundedText(front->inner, opcode, index, value, static_cast<char*>(ptr), limit, opt);
+            return front->inner->dispatcher(front->inner, opcode, index, value, ptr, opt);
+        }
+    }
+}
+
+void processFront(AEffect* record, float** inputs, float** outputs, VstInt32 frames) {
+    AEffect* inner = self(record)->inner;
+    inner->process(inner, inputs, outputs, frames);
+}
+
+// True when an output array of one channel is the input array of another, so
+// that copying channel by channel would overwrite input not yet read.
+bool crossAliased(float* const* inputs, float* const* outputs, VstInt32 channels) {
+    for (VstInt32 out = 0; out < channels; ++out)
+        for (VstInt32 in = 0; in < channels; ++in)
+            if (in != out && outputs[out] == inputs[in]) return true;
+    return false;
+}
+
+// The effects work in place, as their own host drives them: channels they
+// leave alone keep what the output array held. A DAW may hand separate input
+// and output arrays, so the input is copied into the outputs first and the
+// effect then runs in place on them, giving the same bits as in place.
+void processReplacingFront(AEffect* record, float** inputs, float** outputs, VstInt32 frames) {
+    AEffect* inner = self(record)->inner;
+    const VstInt32 channels = inner->numInputs < inner->numOutputs ? inner->numInputs : inner->numOutputs;
+    if (inputs == nullptr || outputs == nullptr || inputs == outputs || frames <= 0 ||
+        crossAliased(inputs, outputs, channels)) {
+        inner->processReplacing(inner, inputs, outputs, frames);
+        return;
+    }
+    for (VstInt32 channel = 0; channel < channels; ++channel)
+        if (inputs[channel] != outputs[channel] && inputs[channel] != nullptr && outputs[channel] != nullptr)
+            std::memmove(outputs[channel], inputs[channel], static_cast<std::size_t>(frames) * sizeof(float));
+    inner->processReplacing(inner, outputs, outputs, frames);
+}
+
+void setParameterFront(AEffect* record, VstInt32 index, float value) {
+    AEffect* inner = self(record)->inner;
+    inner->setParameter(inner, index, value);
+}
+
+float getParameterFront(AEffect* record, VstInt32 index) {
+    AEffect* inner = self(record)->inner;
+    return inner->getParameter(inner, index);
+}
+
+VstIntPtr callHost(AEffect* inner, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) {
+    Front* front = frontOf(inner);
+    // Before the front exists (while the effect is being made) there is no
+    // host record to name; the effects ask nothing of the host then.
+    if (front == nullptr || front->host == nullptr) return 0;
+    return front->host(&front->record, opcode, index, value, ptr, opt);
+}
+
+}  // namespace
+
+audioMasterCallback hostCallback() { return &callHost; }
+
+AEffect* presentInFront(AEffect* inner, const Identity& identity, audioMasterCallback host) {
+    Front* front = new (std::nothrow) Front{};
+    if (front == nullptr) return nullptr;
+    front->inner = inner;
+    front->host = host;
+    front->pluginName = identity.pluginName;
+    front->productName = std::string(kVendor) + " " + identity.pluginName;
+
+    // Everything the host reads from the record is the effect's, except the
+    // entry points (which lead here), the object, the id and the version.
+    AEffect& record = front->record;
+    record = *inner;
+    record.dispatcher = &dispatchFront;
+    record.process = &processFront;
+    record.processReplacing = &processReplacingFront;
+    record.setParameter = &setParameterFront;
+    record.getParameter = &getParameterFront;
+    record.processDoubleReplacing = nullptr;
+    record.object = front;
+    record.user = nullptr;
+    record.uniqueID = identity.uniqueId;
+    record.version = kPluginVersion;
+
+    if (!track(front)) {
+        delete front;
+        return nullptr;
+    }
+    return &front->record;
+}
+
+}  // namespace AFVst2
