@@ -1,18 +1,21 @@
 // afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]... [options]
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "Commands.h"
 #include "Errors.h"
 #include "Render.h"
+#include "Tail.h"
 
 namespace afx {
 namespace {
 
 constexpr const char* kRenderHelp =
     "usage: afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]...\n"
-    "                  [-e EFFECT ...]... [--block N] [--chunk N] [--float] [--no-sync] [-y]\n"
+    "                  [-e EFFECT ...]... [--block N] [--chunk N] [--tail SECONDS] [--float]\n"
+    "                  [--no-sync] [-y]\n"
     "                  [--quiet] [--module PATH]\n"
     "\n"
     "Reads INPUT, runs it through the effects in the order given and writes OUTPUT.\n"
@@ -41,6 +44,11 @@ constexpr const char* kRenderHelp =
     "      --chunk N              frames per file read and write (default: about\n"
     "                             256 KB of samples), rounded up to a whole number of\n"
     "                             blocks; the output does not depend on it\n"
+    "      --tail SECONDS         keep running the effects on silence for SECONDS after\n"
+    "                             INPUT ends (0: OUTPUT is exactly as long as INPUT).\n"
+    "                             Default: 0, except for chains with a delay, which run\n"
+    "                             until their output has stayed below -120 dBFS for\n"
+    "                             2 s (the longest echo), at most 30 s\n"
     "      --float                write 32-bit float samples (default: INPUT's format)\n"
     "      --no-sync              do not wait for OUTPUT to reach the disk before it is\n"
     "                             renamed (saves the final flush, which counts on slow\n"
@@ -90,6 +98,13 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             const long frames = parseInteger(arguments.valueFor(word), "--chunk");
             if (frames < 1 || frames > INT_MAX) throw UsageError("--chunk must be a frame count of at least 1");
             job.chunkFrames = frames;
+        } else if (word == "--tail") {
+            const std::string text = arguments.valueFor(word);
+            char* end = nullptr;
+            const double seconds = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end != '\0' || !(seconds >= 0.0) || seconds > kLongestTailSeconds * 100.0)
+                throw UsageError("--tail must be a number of seconds, 0 or more (up to 3000)");
+            job.tailSeconds = seconds;
         } else if (word == "--no-sync") {
             job.syncOutput = false;
         } else if (word == "--float") {

@@ -6,10 +6,13 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
+#include <climits>
 #include <unistd.h>
 
 #include "AudioEffect.h"
+#include "HostRanges.h"
 #include "Ordo/MakeStdString.h"
 
 namespace AFBridge {
@@ -26,6 +29,7 @@ constexpr std::size_t kTextSize = 256;
 
 constexpr VstInt32 kOpen = 0;
 constexpr VstInt32 kClose = 1;
+constexpr VstInt32 kSetProgram = 2;
 constexpr VstInt32 kGetParamLabel = 6;
 constexpr VstInt32 kGetParamName = 8;
 constexpr VstInt32 kSetSampleRate = 10;
@@ -56,14 +60,20 @@ std::string joinedWords(const std::string& text, char separator) {
     return out;
 }
 
-// The folder holding the library this code lives in, with a trailing slash.
-std::string ownFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&ownFolder), &info) == 0 || info.dli_fname == nullptr) return "./";
-    std::string path = info.dli_fname;
+std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
 }
+
+// The library this code lives in, as the host named it.
+std::string ownPath() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&ownPath), &info) == 0 || info.dli_fname == nullptr) return std::string();
+    return info.dli_fname;
+}
+
+// The folder holding the library this code lives in, with a trailing slash.
+std::string ownFolder() { return folderOf(ownPath()); }
 
 bool readable(const std::string& path) { return !path.empty() && access(path.c_str(), R_OK) == 0; }
 
@@ -72,6 +82,17 @@ std::string locateModule() {
     if (fromEnvironment != nullptr && *fromEnvironment != '\0') return fromEnvironment;
     const std::string folder = ownFolder();
     if (readable(folder + kModuleFile)) return folder + kModuleFile;
+    if (readable(folder + kInstalledModule)) return folder + kInstalledModule;
+    // Reached through a link or copied elsewhere (~/.ladspa, /usr/lib/ladspa):
+    // where the link leads, then the folder the build installs the module into.
+    char resolved[PATH_MAX] = {};
+    if (realpath(ownPath().c_str(), resolved) != nullptr) {
+        const std::string real = folderOf(resolved);
+        if (readable(real + kInstalledModule)) return real + kInstalledModule;
+    }
+#ifdef AF_INSTALLED_MODULE
+    if (readable(AF_INSTALLED_MODULE)) return AF_INSTALLED_MODULE;
+#endif
     return folder + kInstalledModule;
 }
 
@@ -87,8 +108,11 @@ Unit unitFor(ML::VSTPropertySupportMixin::ParameterType type, const std::string&
         case ML::VSTPropertySupportMixin::kDecibels: return Unit::Decibel;
         case ML::VSTPropertySupportMixin::kHertz: return Unit::Hertz;
         case ML::VSTPropertySupportMixin::kTime: return Unit::Second;
-        default: return label == "%" ? Unit::Percent : Unit::None;
+        default: break;
     }
+    // Plain numbers that are levels or shares all the same (a shelf's boost).
+    if (label == "dB") return Unit::Decibel;
+    return label == "%" ? Unit::Percent : Unit::None;
 }
 
 Control describeControl(AEffect* effect, ML::VSTPropertySupportMixin& properties, unsigned index) {
@@ -103,35 +127,34 @@ Control describeControl(AEffect* effect, ML::VSTPropertySupportMixin& properties
     control.type = properties.GetParameterType(index);
     control.unit = unitFor(control.type, control.label);
     const float normalised = effect->getParameter(effect, static_cast<VstInt32>(index));
-    float minimum = properties.GetParameterMin(index);
-    float maximum = properties.GetParameterMax(index);
-    float initial = properties.ConvertParameterValueToDisplay(index, normalised);
-    if (control.type == ML::VSTPropertySupportMixin::kHertz) {
-        // The range was read at the reference rate; hosts scale it by their own.
-        control.sampleRateRelative = true;
-        control.logarithmic = minimum > 0.0f;
-        minimum = static_cast<float>(minimum / kReferenceRate);
-        maximum = static_cast<float>(maximum / kReferenceRate);
-        initial = static_cast<float>(initial / kReferenceRate);
-    }
+    control.minimum = properties.GetParameterMin(index);
+    control.maximum = properties.GetParameterMax(index);
+    control.effectMinimum = control.minimum;
+    control.defaultValue = properties.ConvertParameterValueToDisplay(index, normalised);
+    control.frequency = control.type == ML::VSTPropertySupportMixin::kHertz;
     // A plain number that lives on 0..1 is an on/off switch (Mute's toggles).
-    control.toggled = control.type == ML::VSTPropertySupportMixin::kNumber && minimum == 0.0f && maximum == 1.0f;
-    control.minimum = minimum;
-    control.maximum = maximum;
-    control.defaultValue = initial;
+    control.toggled = control.type == ML::VSTPropertySupportMixin::kNumber && control.minimum == 0.0f &&
+                      control.maximum == 1.0f;
+    declareForHosts(control);
     return control;
 }
 
-// Symbols must be unique within a plug-in: a repeated name gets the index appended.
+// Symbols must be unique within a plug-in. A name the effect gives twice
+// (Multitap Delay's "Level 4" at indices 8 and 11) tells neither port apart:
+// both get the parameter number in the symbol and the port name.
 void assignSymbols(std::vector<Control>& controls) {
-    std::set<std::string> used = {"in", "out"};
+    std::map<std::string, int> uses;
+    for (const Control& control : controls) ++uses[joinedWords(control.name, '_')];
+    std::set<std::string> used = {"latency"};
     for (Control& control : controls) {
         std::string symbol = joinedWords(control.name, '_');
-        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol.insert(0, "p_");
-        if (used.count(symbol) != 0) {
-            symbol += '_';
-            symbol += std::to_string(control.index + 1);
+        const std::string number = std::to_string(control.index + 1);
+        if (uses[symbol] > 1) {
+            symbol += "_p" + number;
+            control.portName += " [" + number + "]";
         }
+        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol.insert(0, "p_");
+        while (used.count(symbol) != 0) symbol += "_" + number;
         used.insert(symbol);
         control.symbol = symbol;
     }
@@ -149,6 +172,14 @@ std::string trimmed(const std::string& text) {
 std::string slugFor(const std::string& identifier) { return joinedWords(withoutPrefix(identifier), '-'); }
 
 std::string labelFor(const std::string& identifier) { return "af_" + joinedWords(withoutPrefix(identifier), '_'); }
+
+std::string familyOf(const std::string& identifier) {
+    const std::string rest = withoutPrefix(identifier);
+    for (const char* suffix : kVariantSuffixes) {
+        if (endsWith(rest, suffix)) return rest.substr(0, rest.size() - std::strlen(suffix));
+    }
+    return rest;
+}
 
 std::string displayNameFor(const std::string& familyName, const std::string& identifier) {
     const std::string rest = withoutPrefix(identifier);
@@ -231,6 +262,7 @@ Catalog Catalog::Load(const std::string& modulePath) {
         catalog.plugins_.push_back(std::move(plugin));
     }
     catalog.describe();
+    addAliases(catalog.plugins_);
     return catalog;
 }
 
@@ -244,6 +276,9 @@ void Catalog::describe() {
         plugin.outputs = live.effect->numOutputs;
         plugin.hasProperties = live.properties != nullptr;
         if (live.properties != nullptr) {
+            // The defaults hosts are given are the default program's (a fresh
+            // effect may hold other values until a program is chosen).
+            if (live.effect->numPrograms > 0) live.effect->dispatcher(live.effect, kSetProgram, 0, 0, nullptr, 0.0f);
             for (VstInt32 i = 0; i < live.effect->numParams; ++i) {
                 plugin.controls.push_back(describeControl(live.effect, *live.properties, static_cast<unsigned>(i)));
             }

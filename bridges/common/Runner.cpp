@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include "HostRanges.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -52,7 +54,11 @@ void Runner::connect(std::uint32_t port, void* data) {
         return;
     }
     index -= outputs_.size();
-    if (index < controls_.size()) controls_[index] = static_cast<const float*>(data);
+    if (index < controls_.size()) {
+        controls_[index] = static_cast<const float*>(data);
+        return;
+    }
+    if (index == controls_.size()) latency_ = static_cast<float*>(data);
 }
 
 void Runner::activate() { live_.effect->dispatcher(live_.effect, kMainsChanged, 0, 1, nullptr, 0.0f); }
@@ -67,8 +73,10 @@ void Runner::applyControls() {
         // Compared as bits, so that a NaN that stays NaN is converted once.
         const std::uint32_t bits = std::bit_cast<std::uint32_t>(display);
         if (applied_[k] && bits == appliedBits_[k]) continue;
-        const unsigned index = plugin_.controls[k].index;
-        const float normalised = live_.properties->ConvertDisplayValueToParameter(index, display);
+        const Control& control = plugin_.controls[k];
+        const float safe = displayValueFor(control, display, *live_.properties);
+        const float normalised = live_.properties->ConvertDisplayValueToParameter(control.index, safe);
+        const unsigned index = control.index;
         live_.effect->setParameter(live_.effect, static_cast<VstInt32>(index), normalised);
         appliedBits_[k] = bits;
         applied_[k] = true;
@@ -76,6 +84,7 @@ void Runner::applyControls() {
 }
 
 void Runner::run(std::uint64_t frames) {
+    if (latency_ != nullptr) *latency_ = 0.0f;
     applyControls();
     if (frames == 0) return;
     for (float* output : outputs_) {
