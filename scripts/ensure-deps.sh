@@ -6,7 +6,7 @@ set -euo pipefail
 # Tests: clang with libFuzzer (fuzz/run.sh) and the real hosts the bridges are tried in.
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev ladspa-sdk lv2-dev)
 if [ "${1:-}" = --tests ]; then
-  packages+=(clang libclang-rt-14-dev ffmpeg sox lv2file lilv-utils sordi)
+  packages+=(clang libclang-rt-14-dev ffmpeg sox ecasound lv2file lilv-utils sordi)
 fi
 missing=()
 for package in "${packages[@]}"; do
