@@ -1,6 +1,6 @@
 // The base effect's text tools. Numbers are written with at most eight
 // characters and no exponent; digits beyond the eighth are dropped, not rounded.
-#include <cmath>
+#include "Math.h"
 #include <cstdint>
 #include <cstring>
 
@@ -38,7 +38,7 @@ constexpr double kLargestNegativeMagnitude = 9999999.0;
 // One decimal digit: the truncation of fmod(x, 10). A NaN gives '0', which is
 // what converting NaN to an integer and keeping the low byte gives on x86.
 char digitOf(double x) {
-    const double remainder = std::fmod(x, 10.0);
+    const double remainder = AF::math::fmod(x, 10.0);
     if (std::isnan(remainder)) return '0';
     return static_cast<char>('0' + AF::truncateToInt32(remainder));
 }
@@ -66,7 +66,7 @@ void AudioEffect::float2string(float value, char* text, VstInt32 maxLen) {
     *--cursor = 0;
     *--cursor = '.';
     ++counted;
-    double integerPart = std::floor(magnitude);
+    double integerPart = AF::math::floor(magnitude);
     *--cursor = digitOf(integerPart);  // the last integer digit is always written
     ++counted;
     integerPart /= 10.0;
@@ -83,7 +83,7 @@ void AudioEffect::float2string(float value, char* text, VstInt32 maxLen) {
         const int remaining = kSignificantCharacters - counted;
         char fractionText[kSignificantCharacters + 1];
         fractionText[remaining] = 0;
-        double mantissa = std::fmod(magnitude, 1.0) * std::pow(10.0, remaining);
+        double mantissa = AF::math::fmod(magnitude, 1.0) * AF::math::pow(10.0, remaining);
         for (int i = remaining - 1; i >= 0; --i) {
             fractionText[i] = mantissa > 0 ? digitOf(mantissa) : '0';
             mantissa /= 10.0;
@@ -124,7 +124,7 @@ void AudioEffect::dB2string(float value, char* text, VstInt32 maxLen) {
         vst_strncpy(text, "-oo", maxLen);
         return;
     }
-    const float logarithm = AF::toFloat(std::log10(value));
+    const float logarithm = AF::toFloat(AF::math::log10(value));
     float2string(AF::toFloat(20.0 * logarithm), text, maxLen);
 }
 

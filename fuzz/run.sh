@@ -5,7 +5,7 @@
 #   bash fuzz/run.sh [SECONDS] [TARGET...]     targets: dispatcher process strings (default: all)
 #   bash fuzz/run.sh --build-only
 #
-# The module's sources (platform, frame, host, effects) are compiled straight
+# The module's sources (platform, frame, module, effects) are compiled straight
 # into each target with -fsanitize=fuzzer,address,undefined. New inputs go to
 # build-fuzz/corpus/<target>; the seeds in fuzz/corpus/<target> are read only.
 # A crash leaves its input in build-fuzz/artifacts/ and makes this script fail;
@@ -24,13 +24,13 @@ out=build-fuzz
 mkdir -p "$out/obj" "$out/artifacts"
 flags=(-std=c++20 -g -O1 -ffp-contract=off -fno-fast-math -fno-omit-frame-pointer
        -fsanitize=address,undefined -fno-sanitize-recover=undefined
-       -Iplatform/include -Iframe -Ihost -I. -Ifuzz)
+       -Iplatform/include -Iframe -Imodule -I. -Ifuzz)
 
 # Compile the module's sources once; again when a source or any header is newer.
-newest_header=$(find platform frame host effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
+newest_header=$(find platform frame module effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
 objects=()
 stale=()
-for source in platform/src/*.cpp frame/*.cpp host/*.cpp effects/*/*.cpp; do
+for source in platform/src/*.cpp frame/*.cpp module/*.cpp effects/*/*.cpp; do
   object="$out/obj/${source//\//_}.o"
   objects+=("$object")
   if [[ ! -f $object ]] || [[ $source -nt $object ]] ||

@@ -6,9 +6,8 @@
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
 #include "effects/filters/VectorPath.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 namespace {
@@ -373,16 +372,6 @@ void AudioDelay6::processReplacing(float** in, float** out, VstInt32 frames) { r
 void AudioDelay16::process(float** in, float** out, VstInt32 frames) { render<16, true>(in, out, frames); }
 void AudioDelay16::processReplacing(float** in, float** out, VstInt32 frames) {
     render<16, false>(in, out, frames);
-}
-
-AudioEffect* createDelay(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return delay::makeVariant<AudioDelay1>(audioMaster);
-        case 2: return delay::makeVariant<AudioDelay2>(audioMaster);
-        case 6: return delay::makeVariant<AudioDelay6>(audioMaster);
-        case 16: return delay::makeVariant<AudioDelay16>(audioMaster);
-        default: return nullptr;
-    }
 }
 
 }  // namespace AF

@@ -1,14 +1,13 @@
 // Multitap Delay: four taps on one recirculating line (signal flow in MultitapDelay.h).
 #include "effects/delay/MultitapDelay.h"
 
-#include <cmath>
+#include "Math.h"
 
 #include "Numeric.h"
 #include "effects/delay/DelayLanes.h"
 #include "effects/filters/VectorPath.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 namespace {
@@ -449,7 +448,7 @@ float AudioMultitapDelay::ConvertDisplayValueToParameter(unsigned index, float d
         case Kind::Level: {
             if (displayValue == kSilenceDb) return 0.0f;
             const float decades = toFloat(display / kDbPerDecade);
-            return toFloat(std::pow(10.0, static_cast<double>(decades)));
+            return toFloat(math::pow(10.0, static_cast<double>(decades)));
         }
         case Kind::Feedback:
         case Kind::Mix: return toFloat(display / kPercentPerUnit);
@@ -464,7 +463,7 @@ float AudioMultitapDelay::ConvertParameterValueToDisplay(unsigned index, float p
         case Kind::Delay: return toFloat(parameter + parameter);
         case Kind::Level: {
             if (parameterValue == 0.0f) return kSilenceDb;
-            const float logarithm = toFloat(std::log10(parameter));
+            const float logarithm = toFloat(math::log10(parameter));
             return toFloat(kDbPerDecade * static_cast<double>(logarithm));
         }
         case Kind::Feedback:
@@ -496,15 +495,5 @@ void AudioMultitapDelay6::process(float** in, float** out, VstInt32 n) { render<
 void AudioMultitapDelay6::processReplacing(float** in, float** out, VstInt32 n) { render<6, false>(in, out, n); }
 void AudioMultitapDelay16::process(float** in, float** out, VstInt32 n) { render<16, true>(in, out, n); }
 void AudioMultitapDelay16::processReplacing(float** in, float** out, VstInt32 n) { render<16, false>(in, out, n); }
-
-AudioEffect* createMultitapDelay(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return delay::makeVariant<AudioMultitapDelay1>(audioMaster);
-        case 2: return delay::makeVariant<AudioMultitapDelay2>(audioMaster);
-        case 6: return delay::makeVariant<AudioMultitapDelay6>(audioMaster);
-        case 16: return delay::makeVariant<AudioMultitapDelay16>(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "host/Factory.h"
-
 namespace AF {
 
 AudioBandreject::AudioBandreject(unsigned channels, audioMasterCallback audioMaster) : SectionFamily(channels, audioMaster) {}
@@ -24,15 +22,5 @@ AudioBandreject6::~AudioBandreject6() = default;
 template class CutFilterVariant<AudioBandreject, 16>;
 AudioBandreject16::AudioBandreject16(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioBandreject16::~AudioBandreject16() = default;
-
-AudioEffect* createBandreject(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioBandreject1(audioMaster);
-        case 2: return new (std::nothrow) AudioBandreject2(audioMaster);
-        case 6: return new (std::nothrow) AudioBandreject6(audioMaster);
-        case 16: return new (std::nothrow) AudioBandreject16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "host/Factory.h"
-
 namespace AF {
 
 namespace {
@@ -35,15 +33,5 @@ AudioBass6::AudioBass6(audioMasterCallback audioMaster) : EqVariant(audioMaster)
 AudioBass6::~AudioBass6() = default;
 AudioBass16::AudioBass16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
 AudioBass16::~AudioBass16() = default;
-
-AudioEffect* createBass(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioBass1(audioMaster);
-        case 2: return new (std::nothrow) AudioBass2(audioMaster);
-        case 6: return new (std::nothrow) AudioBass6(audioMaster);
-        case 16: return new (std::nothrow) AudioBass16(audioMaster);
-        default: return nullptr;  // the four-channel variant is never registered
-    }
-}
 
 }  // namespace AF

@@ -15,7 +15,7 @@
 #include "AEffect.h"
 #include "ChannelOrder.h"
 #include "CutoffMapping.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 #include "LaneGroups.h"
 #include "Numeric.h"
 #include "VectorPath.h"

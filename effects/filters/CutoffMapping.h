@@ -7,7 +7,7 @@
 // The constants keep the precision each side was built with: the forward map
 // and the high/low-pass angle use a double floor fraction, the inverse map and
 // the band-pass/notch angle the float one. They are kept apart on purpose.
-#include <cmath>
+#include "Math.h"
 
 #include "AEffect.h"
 #include "Numeric.h"
@@ -35,7 +35,7 @@ inline float cutoffParameter(float hz, float sampleRate) noexcept {
     float t = toFloat(static_cast<double>(r) / kSquareLawSpan);
     if (t < 0.0f) t = 0.0f;
     if (t > 1.0f) t = 1.0f;
-    return toFloat(std::sqrt(static_cast<double>(t)));
+    return toFloat(math::sqrt(static_cast<double>(t)));
 }
 
 inline float maxHz(float sampleRate) noexcept {

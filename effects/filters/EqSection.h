@@ -14,7 +14,7 @@
 #include "effects/filters/ChannelOrder.h"
 #include "effects/filters/VectorPath.h"
 #include "frame/Numeric.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 
 namespace AF {
 

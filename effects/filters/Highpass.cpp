@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "host/Factory.h"
-
 namespace AF {
 
 AudioHighpass::AudioHighpass(unsigned channels, audioMasterCallback audioMaster) : CascadeFamily(channels, audioMaster) {}
@@ -24,15 +22,5 @@ AudioHighpass6::~AudioHighpass6() = default;
 template class CutFilterVariant<AudioHighpass, 16>;
 AudioHighpass16::AudioHighpass16(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioHighpass16::~AudioHighpass16() = default;
-
-AudioEffect* createHighpass(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioHighpass1(audioMaster);
-        case 2: return new (std::nothrow) AudioHighpass2(audioMaster);
-        case 6: return new (std::nothrow) AudioHighpass6(audioMaster);
-        case 16: return new (std::nothrow) AudioHighpass16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

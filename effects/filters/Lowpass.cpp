@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "host/Factory.h"
-
 namespace AF {
 
 AudioLowpass::AudioLowpass(unsigned channels, audioMasterCallback audioMaster) : CascadeFamily(channels, audioMaster) {}
@@ -24,15 +22,5 @@ AudioLowpass6::~AudioLowpass6() = default;
 template class CutFilterVariant<AudioLowpass, 16>;
 AudioLowpass16::AudioLowpass16(audioMasterCallback audioMaster) : CutFilterVariant(audioMaster) {}
 AudioLowpass16::~AudioLowpass16() = default;
-
-AudioEffect* createLowpass(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioLowpass1(audioMaster);
-        case 2: return new (std::nothrow) AudioLowpass2(audioMaster);
-        case 6: return new (std::nothrow) AudioLowpass6(audioMaster);
-        case 16: return new (std::nothrow) AudioLowpass16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

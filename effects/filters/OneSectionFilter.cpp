@@ -1,6 +1,6 @@
 #include "OneSectionFilter.h"
 
-#include "host/Localized.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 

@@ -10,12 +10,12 @@
 // lazily at the start of a processing call.
 #include <array>
 #include <atomic>
-#include <cmath>
+#include "Math.h"
 
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "CutoffMapping.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
@@ -41,7 +41,7 @@ inline float displayQ(float q) noexcept { return toFloat(static_cast<double>(q) 
 // Not clamped: a Q below the floor gives the root of a negative number (NaN).
 inline float parameterForQ(float shownQ) noexcept {
     const float fraction = toFloat((static_cast<double>(shownQ) - kFloor) / kSpan);
-    return toFloat(std::sqrt(static_cast<double>(fraction)));
+    return toFloat(math::sqrt(static_cast<double>(fraction)));
 }
 }  // namespace quality
 
@@ -66,8 +66,8 @@ SectionDesign designSection(float center, float q) noexcept {
                              static_cast<double>(cutoff::kFloorFractionFloat)) *
                             MF::kPi);
     const double qFactor = static_cast<double>(q) * q * quality::kSpan + quality::kFloor;
-    const float sinW = toFloat(std::sin(static_cast<double>(w)));
-    const float cosW = toFloat(std::cos(static_cast<double>(w)));
+    const float sinW = toFloat(math::sin(static_cast<double>(w)));
+    const float cosW = toFloat(math::cos(static_cast<double>(w)));
     const float alpha = toFloat(sinW / (2.0 * qFactor));
     SectionDesign design;
     if constexpr (Response == SectionResponse::Bandpass)

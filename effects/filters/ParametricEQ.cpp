@@ -1,10 +1,9 @@
 #include "effects/filters/ParametricEQ.h"
 
-#include <cmath>
+#include "Math.h"
 #include <new>
 
 #include "MF/Constants.h"
-#include "host/Factory.h"
 
 namespace AF {
 
@@ -39,14 +38,14 @@ PeakingDesign designPeaking(float center, float q, float boost) noexcept {
     // steps after it run in double precision as written.
     // w: the centre as an angle in radians per sample (pi at Nyquist).
     const double w = toFloat(centerFractionOfNyquist(center) * MF::kPi);
-    const double s = toFloat(std::sin(w));
+    const double s = toFloat(math::sin(w));
     // The width enters as a multiplier: a larger value gives a wider bell.
     const double qValue = q;
     const double width = kWidthSpan * (qValue * qValue) + kWidthFloor;
     const double alpha = toFloat(s * 2.0 * width);
-    const double a = toFloat(std::pow(10.0, boostDecibels(boost) * kDecibelsToExponent));
+    const double a = toFloat(math::pow(10.0, boostDecibels(boost) * kDecibelsToExponent));
     const double n = toFloat(1.0 / (1.0 + alpha / a));
-    const double cosW = toFloat(std::cos(w));
+    const double cosW = toFloat(math::cos(w));
     PeakingDesign design;
     design.c0 = toFloat((1.0 + alpha * a) * n);
     design.c1 = toFloat(-2.0 * cosW * n);
@@ -187,7 +186,7 @@ float AudioParametricEQ::ConvertDisplayValueToParameter(unsigned index, float di
             // Clamped before the root; a NaN passes through both tests.
             if (fraction < 0.0) fraction = 0.0;
             if (fraction > 1.0) fraction = 1.0;
-            return toFloat(std::sqrt(fraction));
+            return toFloat(math::sqrt(fraction));
         }
         case 1: return toFloat((v - kWidthFloor) / kWidthSpan);
         case 2: return toFloat(v / kBoostRangeDb + 0.5);
@@ -221,15 +220,5 @@ AudioParametricEQ6::AudioParametricEQ6(audioMasterCallback audioMaster) : EqVari
 AudioParametricEQ6::~AudioParametricEQ6() = default;
 AudioParametricEQ16::AudioParametricEQ16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
 AudioParametricEQ16::~AudioParametricEQ16() = default;
-
-AudioEffect* createParametricEQ(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioParametricEQ1(audioMaster);
-        case 2: return new (std::nothrow) AudioParametricEQ2(audioMaster);
-        case 6: return new (std::nothrow) AudioParametricEQ6(audioMaster);
-        case 16: return new (std::nothrow) AudioParametricEQ16(audioMaster);
-        default: return nullptr;  // the four-channel variant is never registered
-    }
-}
 
 }  // namespace AF

@@ -1,6 +1,6 @@
 #include "effects/filters/Shelf.h"
 
-#include <cmath>
+#include "Math.h"
 
 #include "MF/Constants.h"
 
@@ -23,12 +23,12 @@ ShelfAngle shelfAngle(const ShelfShape& shape, float sampleRate) noexcept {
     // The slope term is the usual shelving term with the gain replaced by the
     // angle: the steepness follows the sample rate, not the boost.
     const double wMinusOne = w - 1.0;
-    const double beta = toFloat(std::sqrt((w * w + 1.0) * shape.slope - wMinusOne * wMinusOne));
+    const double beta = toFloat(math::sqrt((w * w + 1.0) * shape.slope - wMinusOne * wMinusOne));
     ShelfAngle angle;
     angle.w = toFloat(w);
     angle.beta = toFloat(beta);
-    angle.sinW = toFloat(std::sin(w));
-    angle.cosW = toFloat(std::cos(w));
+    angle.sinW = toFloat(math::sin(w));
+    angle.cosW = toFloat(math::cos(w));
     return angle;
 }
 
@@ -42,7 +42,7 @@ ShelfDesign designShelf(const ShelfShape& shape, float sampleRate, float boost) 
     // formula writes, term for term.
     const double mirror = shape.kind == ShelfKind::low ? 1.0 : -1.0;
     const double k = mirror * angle.cosW;
-    const double a = toFloat(std::pow(10.0, boostDecibels(boost) * kDecibelsToExponent));
+    const double a = toFloat(math::pow(10.0, boostDecibels(boost) * kDecibelsToExponent));
     const double a0 = toFloat((a + 1.0) + (a - 1.0) * k + beta * s);
     ShelfDesign design;
     design.c0 = toFloat(a * ((a + 1.0) - (a - 1.0) * k + beta * s) / a0);

@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "host/Factory.h"
-
 namespace AF {
 
 namespace {
@@ -36,15 +34,5 @@ AudioTreble6::AudioTreble6(audioMasterCallback audioMaster) : EqVariant(audioMas
 AudioTreble6::~AudioTreble6() = default;
 AudioTreble16::AudioTreble16(audioMasterCallback audioMaster) : EqVariant(audioMaster) {}
 AudioTreble16::~AudioTreble16() = default;
-
-AudioEffect* createTreble(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioTreble1(audioMaster);
-        case 2: return new (std::nothrow) AudioTreble2(audioMaster);
-        case 6: return new (std::nothrow) AudioTreble6(audioMaster);
-        case 16: return new (std::nothrow) AudioTreble16(audioMaster);
-        default: return nullptr;  // the four-channel variant is never registered
-    }
-}
 
 }  // namespace AF

@@ -1,6 +1,6 @@
 #include "TwoSectionFilter.h"
 
-#include "host/Localized.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 

@@ -10,12 +10,12 @@
 // and are recomputed lazily at the start of a processing call.
 #include <array>
 #include <atomic>
-#include <cmath>
+#include "Math.h"
 
 #include "AR/AudioBuffer.h"
 #include "AudioEffectX.h"
 #include "CutoffMapping.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 #include "ML/VSTPropertySupportMixin.h"
 #include "MF/Constants.h"
 #include "Numeric.h"
@@ -47,8 +47,8 @@ CascadeDesign designCascade(float p) noexcept {
     // the cutoff as an angle in radians per sample (pi at Nyquist)
     const float w = toFloat((static_cast<double>(p) * p * cutoff::kSquareLawSpan + cutoff::kFloorFraction) *
                             MF::kPi);
-    const float sinW = toFloat(std::sin(static_cast<double>(w)));
-    const float cosW = toFloat(std::cos(static_cast<double>(w)));
+    const float sinW = toFloat(math::sin(static_cast<double>(w)));
+    const float cosW = toFloat(math::cos(static_cast<double>(w)));
     // sin(w)/(2Q) with Q = 1/sqrt 2
     const float a = toFloat(static_cast<double>(sinW) * MF::kSqrt2Over264);
     CascadeDesign design;

@@ -1,12 +1,9 @@
 #include "Balance.h"
 
 #include <array>
-#include <new>
 
 #include "Numeric.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -25,21 +22,28 @@ constexpr float kDisplayMax = 100.0f;
 constexpr float kDisplayStep = 1.0f;
 constexpr VstInt32 kDisplayLength = 8;
 
-constexpr std::array<ParameterRow, 1> kRows{{
-    {"$$$/Korvex/AudioFilters/Balance=Balance", nullptr, kCentre},
-}};
-
-constexpr bool isBalance(unsigned index) noexcept { return index == 0; }
-
 // The display position in double, rounded by the caller where it is stored.
 double toDisplay(float parameterValue) noexcept {
     return static_cast<double>(parameterValue) * kDisplaySpan - kDisplayOffset;
 }
 
+// -100 (left only) .. +100 (right only), rounded once to float.
+float displayOfBalance(float parameterValue) noexcept { return toFloat(toDisplay(parameterValue)); }
+
+float balanceOfDisplay(float displayValue) noexcept {
+    return toFloat((static_cast<double>(displayValue) + kDisplayOffset) / kDisplaySpan);
+}
+
+// The one parameter, unlabelled, reset to the centre by the program.
+constexpr std::array<Parameter, 1> kBalanceParameters{{
+    {"$$$/Korvex/AudioFilters/Balance=Balance", nullptr, ML::VSTPropertySupportMixin::kNumber, kDisplayMin,
+     kDisplayMax, kDisplayStep, kCentre, displayOfBalance, balanceOfDisplay},
+}};
+
 }  // namespace
 
 AudioBalance::AudioBalance(audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, 1),
+    : ParameterFamily(audioMaster, kBalanceParameters),
       lastBalance(kStaleBalance),
       balance(kCentre),
       // Never read before the first computation, unless the host stores the
@@ -111,49 +115,9 @@ float AudioBalance::getParameter(VstInt32 index) {
     return index == 0 ? balance.load(std::memory_order_relaxed) : 0.0f;
 }
 
-void AudioBalance::setProgram(VstInt32 program) {
-    curProgram = program;
-    resetToDefaults(*this, kRows);
-}
-
-void AudioBalance::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-
-void AudioBalance::getParameterLabel(VstInt32 index, char* label) { copyParameterLabel(kRows, index, label); }
-
 void AudioBalance::getParameterDisplay(VstInt32 index, char* text) {
     if (index != 0) return;
-    float2string(toFloat(toDisplay(balance.load(std::memory_order_relaxed))), text, kDisplayLength);
-}
-
-void AudioBalance::getParameterName(VstInt32 index, char* text) { copyParameterName(kRows, index, text); }
-
-// Only index 0 is a parameter; every other index answers "none" and zeros.
-ML::VSTPropertySupportMixin::ParameterType AudioBalance::GetParameterType(unsigned index) {
-    return isBalance(index) ? kNumber : kNotAParameter;
-}
-
-float AudioBalance::GetParameterMax(unsigned index) const { return isBalance(index) ? kDisplayMax : 0.0f; }
-
-float AudioBalance::GetParameterMin(unsigned index) const { return isBalance(index) ? kDisplayMin : 0.0f; }
-
-float AudioBalance::GetParameterStep(unsigned index) const { return isBalance(index) ? kDisplayStep : 0.0f; }
-
-bool AudioBalance::SupportsDisplayValueToParameter(unsigned index) const { return isBalance(index); }
-
-// (v + 100) / 200, not clamped: 150 gives 1.25.
-float AudioBalance::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    if (!isBalance(index)) return 0.0f;
-    return toFloat((static_cast<double>(displayValue) + kDisplayOffset) / kDisplaySpan);
-}
-
-float AudioBalance::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    if (!isBalance(index)) return 0.0f;
-    return toFloat(toDisplay(parameterValue));
-}
-
-AudioEffect* createBalance(unsigned channels, audioMasterCallback audioMaster) {
-    if (channels != 2) return nullptr;
-    return new (std::nothrow) AudioBalance(audioMaster);
+    float2string(displayOfBalance(balance.load(std::memory_order_relaxed)), text, kDisplayLength);
 }
 
 }  // namespace AF

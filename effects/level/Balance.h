@@ -5,13 +5,12 @@
 #include <atomic>
 
 #include "AR/AudioBuffer.h"
-#include "AudioEffectX.h"
 #include "Export.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioBalance final : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioBalance final : public ParameterFamily {
 public:
     explicit AudioBalance(audioMasterCallback audioMaster);
     ~AudioBalance() override;
@@ -22,19 +21,7 @@ public:
     void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     void setParameter(VstInt32 index, float value) override;
     float getParameter(VstInt32 index) override;
-    void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
-    void getParameterName(VstInt32 index, char* text) override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
     // HasHistory keeps the interface's answer (true).
 
 private:

@@ -1,14 +1,11 @@
 #include "ChannelVolume.h"
 
 #include <array>
-#include <cmath>
-#include <new>
 
 #include "Numeric.h"
 #include "NumberedName.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/Decibels.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 
@@ -16,38 +13,44 @@ namespace {
 
 constexpr float kUnityLevel = 0.5f;           // normalised level of 0 dB
 constexpr float kLevelToGain = 2.0f;          // gain = 2 x level
-constexpr float kSilenceDb = -999.0f;         // the display floor that stands for silence
 constexpr float kMaximumDb = 6.0f;
 constexpr float kStepDb = 0.1f;
-constexpr double kHalf = 0.5;
-constexpr double kTwo = 2.0;
-constexpr double kTwentyDb = 20.0;            // 20 log10 for an amplitude ratio
-constexpr double kTen = 10.0;
 constexpr VstInt32 kDisplayLength = 8;
 
 constexpr const char* kLeftKey = "$$$/Korvex/AudioFilters/Left=Left ";
 constexpr const char* kRightKey = "$$$/Korvex/AudioFilters/Right=Right ";
 constexpr const char* kNumberedChannelKey = "$$$/Korvex/AudioFilters/16ChannelDefault=Channel ";
 
-constexpr std::array<ParameterRow, 2> kStereoRows{{
-    {kLeftKey, kDecibelLabelKey, kUnityLevel},
-    {kRightKey, kDecibelLabelKey, kUnityLevel},
-}};
+// Every channel's level: 0 dB by default, its decibels rounded to float once.
+// The name key is the stereo left's; names come from the speaker tables.
+constexpr Parameter kLevelParameter{kLeftKey, kDecibelLabelKey, ML::VSTPropertySupportMixin::kDecibels,
+                                    decibels::kSilence, kMaximumDb, kStepDb, kUnityLevel,
+                                    decibels::ofLevel<decibels::Rounding::once>,
+                                    decibels::toLevel<decibels::Rounding::once>};
+
+constexpr std::array<const char*, 2> kStereoNames{kLeftKey, kRightKey};
 
 // The 5.1 order of the host: front pair, surround pair, centre, LFE.
-constexpr std::array<ParameterRow, 6> kSurroundRows{{
-    {kLeftKey, kDecibelLabelKey, kUnityLevel},
-    {kRightKey, kDecibelLabelKey, kUnityLevel},
-    {"$$$/Korvex/AudioFilters/LeftRear=Left Surround", kDecibelLabelKey, kUnityLevel},
-    {"$$$/Korvex/AudioFilters/RightRear=Right Surround", kDecibelLabelKey, kUnityLevel},
-    {"$$$/Korvex/AudioFilters/Center=Center", kDecibelLabelKey, kUnityLevel},
-    {"$$$/Korvex/AudioFilters/LFE=LFE", kDecibelLabelKey, kUnityLevel},
-}};
+constexpr std::array<const char*, 6> kSurroundNames{
+    kLeftKey,
+    kRightKey,
+    "$$$/Korvex/AudioFilters/LeftRear=Left Surround",
+    "$$$/Korvex/AudioFilters/RightRear=Right Surround",
+    "$$$/Korvex/AudioFilters/Center=Center",
+    "$$$/Korvex/AudioFilters/LFE=LFE",
+};
+
+// The speaker's name; an index past the layout writes nothing.
+template <std::size_t Count>
+void copySpeakerName(const std::array<const char*, Count>& names, VstInt32 index, char* text) noexcept {
+    if (index >= 0 && static_cast<std::size_t>(index) < Count)
+        copyLocalizedText(names[static_cast<std::size_t>(index)], text);
+}
 
 }  // namespace
 
 AudioChannelEnvelope::AudioChannelEnvelope(unsigned channels, audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, static_cast<VstInt32>(channels)),
+    : ParameterFamily(audioMaster, std::span<const Parameter>(&kLevelParameter, 1), static_cast<VstInt32>(channels)),
       channelCount(channels),
       lastLevels(channels, 0.0f),
       levels(channels),
@@ -122,21 +125,6 @@ float AudioChannelEnvelope::getParameter(VstInt32 index) {
     return levels[static_cast<unsigned>(index)].load(std::memory_order_relaxed);
 }
 
-// The one program: every channel back to 0 dB, each reset reported to the host.
-void AudioChannelEnvelope::setProgram(VstInt32 program) {
-    curProgram = program;
-    for (unsigned channel = 0; channel < channelCount; ++channel)
-        setParameterAutomated(static_cast<VstInt32>(channel), kUnityLevel);
-}
-
-void AudioChannelEnvelope::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-
-// Every index is labelled in decibels, a channel or not.
-void AudioChannelEnvelope::getParameterLabel(VstInt32 index, char* label) {
-    (void)index;
-    copyLocalizedText(kDecibelLabelKey, label);
-}
-
 void AudioChannelEnvelope::getParameterDisplay(VstInt32 index, char* text) {
     if (!isChannel(index)) return;
     const float gain = kLevelToGain * levels[static_cast<unsigned>(index)].load(std::memory_order_relaxed);
@@ -146,86 +134,20 @@ void AudioChannelEnvelope::getParameterDisplay(VstInt32 index, char* text) {
 // Stereo and 5.1 name their speakers; any other layout numbers its channels
 // from 1, for every index the host asks about.
 void AudioChannelEnvelope::getParameterName(VstInt32 index, char* text) {
-    if (channelCount == kStereoRows.size()) {
-        copyParameterName(kStereoRows, index, text);
-    } else if (channelCount == kSurroundRows.size()) {
-        copyParameterName(kSurroundRows, index, text);
+    if (channelCount == kStereoNames.size()) {
+        copySpeakerName(kStereoNames, index, text);
+    } else if (channelCount == kSurroundNames.size()) {
+        copySpeakerName(kSurroundNames, index, text);
     } else {
         copyNumberedName(kNumberedChannelKey, static_cast<std::int64_t>(index) + 1, text);
     }
 }
 
-ML::VSTPropertySupportMixin::ParameterType AudioChannelEnvelope::GetParameterType(unsigned index) {
+const Parameter* AudioChannelEnvelope::parameterAt(unsigned index) const noexcept {
     (void)index;
-    return kDecibels;
-}
-
-float AudioChannelEnvelope::GetParameterMax(unsigned index) const {
-    (void)index;
-    return kMaximumDb;
-}
-
-float AudioChannelEnvelope::GetParameterMin(unsigned index) const {
-    (void)index;
-    return kSilenceDb;
-}
-
-float AudioChannelEnvelope::GetParameterStep(unsigned index) const {
-    (void)index;
-    return kStepDb;
-}
-
-bool AudioChannelEnvelope::SupportsDisplayValueToParameter(unsigned index) const {
-    (void)index;
-    return true;
-}
-
-// level = 0.5 x 10^(dB / 20), not clamped; the floor itself is silence.
-float AudioChannelEnvelope::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    (void)index;
-    if (displayValue == kSilenceDb) return 0.0f;
-    const double exponent = static_cast<double>(displayValue) / kTwentyDb;
-    return toFloat(kHalf * std::pow(kTen, exponent));
-}
-
-// dB = 20 log10(2 x level); silence shows as the floor.
-float AudioChannelEnvelope::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    (void)index;
-    if (parameterValue == 0.0f) return kSilenceDb;
-    const double gain = kTwo * static_cast<double>(parameterValue);
-    return toFloat(kTwentyDb * std::log10(gain));
+    return &kLevelParameter;
 }
 
 bool AudioChannelEnvelope::HasHistory() { return false; }
-
-AudioChannelEnvelope2::AudioChannelEnvelope2(audioMasterCallback audioMaster)
-    : AudioChannelEnvelope(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("AEn2"));
-}
-
-AudioChannelEnvelope6::AudioChannelEnvelope6(audioMasterCallback audioMaster)
-    : AudioChannelEnvelope(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("AEn6"));
-}
-
-AudioChannelEnvelope16::AudioChannelEnvelope16(audioMasterCallback audioMaster)
-    : AudioChannelEnvelope(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AE16"));
-}
-
-// Stereo, 5.1 and 16 channels are offered to hosts.
-AudioEffect* createChannelVolume(unsigned channels, audioMasterCallback audioMaster) {
-    try {
-        switch (channels) {
-            case 2: return new (std::nothrow) AudioChannelEnvelope2(audioMaster);
-            case 6: return new (std::nothrow) AudioChannelEnvelope6(audioMaster);
-            case 16: return new (std::nothrow) AudioChannelEnvelope16(audioMaster);
-            default: return nullptr;
-        }
-    } catch (...) {
-        // The level vectors could not be allocated.
-        return nullptr;
-    }
-}
 
 }  // namespace AF

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "AR/AudioBuffer.h"
-#include "AudioEffectX.h"
 #include "Export.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "effects/family/ChannelVariant.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioChannelEnvelope : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioChannelEnvelope : public ParameterFamily {
 public:
     AudioChannelEnvelope(unsigned channels, audioMasterCallback audioMaster);
     ~AudioChannelEnvelope() override;
@@ -23,20 +23,11 @@ public:
     void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
     void setParameter(VstInt32 index, float value) override;
     float getParameter(VstInt32 index) override;
-    void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
+    // Stereo and 5.1 name their speakers; other layouts number every index.
     void getParameterName(VstInt32 index, char* text) override;
-
-    // Every answer is the same for every index.
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
+    // Every index, a channel or not, is described by the one level row.
+    const Parameter* parameterAt(unsigned index) const noexcept override;
     bool HasHistory() override;
 
 private:
@@ -56,19 +47,8 @@ private:
     bool allUnity;
 };
 
-class AF_EXPORT AudioChannelEnvelope2 final : public AudioChannelEnvelope {
-public:
-    explicit AudioChannelEnvelope2(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioChannelEnvelope6 final : public AudioChannelEnvelope {
-public:
-    explicit AudioChannelEnvelope6(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioChannelEnvelope16 final : public AudioChannelEnvelope {
-public:
-    explicit AudioChannelEnvelope16(audioMasterCallback audioMaster);
-};
+class AF_EXPORT AudioChannelEnvelope2 final : public ChannelVariant<AudioChannelEnvelope, 2, "AEn2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioChannelEnvelope6 final : public ChannelVariant<AudioChannelEnvelope, 6, "AEn6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioChannelEnvelope16 final : public ChannelVariant<AudioChannelEnvelope, 16, "AE16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -3,8 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -58,16 +57,5 @@ void AudioFillRight::process(float** inputs, float** outputs, VstInt32 sampleFra
 }
 
 bool AudioFillRight::HasHistory() { return false; }
-
-// Both fills exist for stereo only.
-AudioEffect* createFillLeft(unsigned channels, audioMasterCallback audioMaster) {
-    if (channels != static_cast<unsigned>(kStereo)) return nullptr;
-    return new (std::nothrow) AudioFillLeft(audioMaster);
-}
-
-AudioEffect* createFillRight(unsigned channels, audioMasterCallback audioMaster) {
-    if (channels != static_cast<unsigned>(kStereo)) return nullptr;
-    return new (std::nothrow) AudioFillRight(audioMaster);
-}
 
 }  // namespace AF

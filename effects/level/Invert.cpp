@@ -1,7 +1,6 @@
 #include "Invert.h"
 
 #include <cstdint>
-#include <new>
 #include <type_traits>
 
 #include <immintrin.h>
@@ -9,8 +8,6 @@
 #include "SampleGroups.h"
 #include "effects/filters/VectorPath.h"
 
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
 
 namespace AF {
 
@@ -101,35 +98,31 @@ void invertChannels(float** inputs, float** outputs, VstInt32 sampleFrames) noex
 
 }  // namespace
 
-#define AF_INVERT_VARIANT(ClassName, channelCount, code)                                        \
-    ClassName::ClassName(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, 0, 0) {   \
-        configureVariant(*this, channelCount, fourCharCode(code));                              \
-    }                                                                                           \
-    void ClassName::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {  \
-        invertChannels<channelCount, Replace>(inputs, outputs, sampleFrames);                   \
-    }                                                                                           \
-    void ClassName::process(float** inputs, float** outputs, VstInt32 sampleFrames) {           \
-        invertChannels<channelCount, Accumulate>(inputs, outputs, sampleFrames);                \
-    }                                                                                           \
-    bool ClassName::HasHistory() { return false; }
-
-AF_INVERT_VARIANT(AudioInvert1, 1, "AIn1")
-AF_INVERT_VARIANT(AudioInvert2, 2, "AIn2")
-AF_INVERT_VARIANT(AudioInvert4, 4, "AIn4")
-AF_INVERT_VARIANT(AudioInvert6, 6, "AIn6")
-AF_INVERT_VARIANT(AudioInvert16, 16, "AI16")
-
-#undef AF_INVERT_VARIANT
-
-// Four channels are not offered to hosts.
-AudioEffect* createInvert(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioInvert1(audioMaster);
-        case 2: return new (std::nothrow) AudioInvert2(audioMaster);
-        case 6: return new (std::nothrow) AudioInvert6(audioMaster);
-        case 16: return new (std::nothrow) AudioInvert16(audioMaster);
-        default: return nullptr;
-    }
+template <unsigned Channels>
+InvertChannels<Channels>::InvertChannels(unsigned channels, audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, 0, 0) {
+    (void)channels;
 }
+
+template <unsigned Channels>
+void InvertChannels<Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    invertChannels<Channels, Replace>(inputs, outputs, sampleFrames);
+}
+
+template <unsigned Channels>
+void InvertChannels<Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
+    invertChannels<Channels, Accumulate>(inputs, outputs, sampleFrames);
+}
+
+template <unsigned Channels>
+bool InvertChannels<Channels>::HasHistory() {
+    return false;
+}
+
+template class InvertChannels<1>;
+template class InvertChannels<2>;
+template class InvertChannels<4>;
+template class InvertChannels<6>;
+template class InvertChannels<16>;
 
 }  // namespace AF

@@ -6,9 +6,7 @@
 #include <new>
 
 #include "NumberedName.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/Localized.h"
 
 namespace AF {
 
@@ -156,31 +154,5 @@ float AudioMute::ConvertParameterValueToDisplay(unsigned index, float parameterV
 }
 
 bool AudioMute::HasHistory() { return false; }
-
-AudioMute1::AudioMute1(audioMasterCallback audioMaster) : AudioMute(1, audioMaster) {
-    configureVariant(*this, 1, fourCharCode("AMn1"));
-}
-
-AudioMute2::AudioMute2(audioMasterCallback audioMaster) : AudioMute(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("AMn2"));
-}
-
-AudioMute6::AudioMute6(audioMasterCallback audioMaster) : AudioMute(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("AMn6"));
-}
-
-AudioMute16::AudioMute16(audioMasterCallback audioMaster) : AudioMute(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AM16"));
-}
-
-AudioEffect* createMute(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioMute1(audioMaster);
-        case 2: return new (std::nothrow) AudioMute2(audioMaster);
-        case 6: return new (std::nothrow) AudioMute6(audioMaster);
-        case 16: return new (std::nothrow) AudioMute16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

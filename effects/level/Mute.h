@@ -8,6 +8,7 @@
 
 #include "AudioEffectX.h"
 #include "Export.h"
+#include "effects/family/ChannelVariant.h"
 #include "ML/VSTPropertySupportMixin.h"
 
 namespace AF {
@@ -49,24 +50,9 @@ private:
     std::uint32_t parameterCount;
 };
 
-class AF_EXPORT AudioMute1 final : public AudioMute {
-public:
-    explicit AudioMute1(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioMute2 final : public AudioMute {
-public:
-    explicit AudioMute2(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioMute6 final : public AudioMute {
-public:
-    explicit AudioMute6(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioMute16 final : public AudioMute {
-public:
-    explicit AudioMute16(audioMasterCallback audioMaster);
-};
+class AF_EXPORT AudioMute1 final : public ChannelVariant<AudioMute, 1, "AMn1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMute2 final : public ChannelVariant<AudioMute, 2, "AMn2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMute6 final : public ChannelVariant<AudioMute, 6, "AMn6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioMute16 final : public ChannelVariant<AudioMute, 16, "AM16"> { using ChannelVariant::ChannelVariant; };
 
 }  // namespace AF

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Ordo/MakeStdString.h"
-#include "host/Localized.h"
+#include "effects/family/Localized.h"
 #include "plinth/utility/NumberToString.h"
 
 namespace AF {

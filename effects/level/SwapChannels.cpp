@@ -6,8 +6,7 @@
 
 #include "SampleGroups.h"
 #include "effects/filters/VectorPath.h"
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
+#include "effects/family/FamilyShape.h"
 
 namespace AF {
 
@@ -104,10 +103,5 @@ void AudioSwapChannels::process(float** inputs, float** outputs, VstInt32 sample
 }
 
 bool AudioSwapChannels::HasHistory() { return false; }
-
-AudioEffect* createSwapChannels(unsigned channels, audioMasterCallback audioMaster) {
-    if (channels != static_cast<unsigned>(kStereo)) return nullptr;
-    return new (std::nothrow) AudioSwapChannels(audioMaster);
-}
 
 }  // namespace AF

@@ -1,14 +1,11 @@
 #include "Volume.h"
 
 #include <array>
-#include <cmath>
-#include <new>
 
 #include <immintrin.h>
 
-#include "host/Factory.h"
-#include "host/FamilyShape.h"
-#include "host/Localized.h"
+#include "effects/family/Decibels.h"
+#include "effects/family/Localized.h"
 #include "effects/filters/VectorPath.h"
 #include "Numeric.h"
 #include "SampleGroups.h"
@@ -17,22 +14,20 @@ namespace AF {
 
 namespace {
 
-// The one parameter: the level, reset to unity (0.5) by the program.
-constexpr std::array<ParameterRow, 1> kVolumeRows = {{
-    {"$$$/Korvex/AudioFilters/VolumeBrio=Level", kDecibelLabelKey, 0.5f},
-}};
-
 constexpr VstInt32 kLevelIndex = 0;
 constexpr float kMaxDecibels = 6.0f;
-// The floor that stands for silence: exactly this display value means gain 0.
-constexpr float kSilenceDecibels = -999.0f;
 constexpr float kStepDecibels = 0.1f;
+constexpr float kUnityLevel = 0.5f;
 constexpr float kUnityGain = 1.0f;
 constexpr float kHalf = 0.5f;
-constexpr double kTwenty = 20.0;
-constexpr double kTen = 10.0;
 
-bool isLevel(unsigned index) noexcept { return index == static_cast<unsigned>(kLevelIndex); }
+// The one parameter: the level, reset to unity by the program; its decibels
+// are rounded to float after each step.
+constexpr std::array<Parameter, 1> kVolumeParameters = {{
+    {"$$$/Korvex/AudioFilters/VolumeBrio=Level", kDecibelLabelKey, ML::VSTPropertySupportMixin::kDecibels,
+     decibels::kSilence, kMaxDecibels, kStepDecibels, kUnityLevel,
+     decibels::ofLevel<decibels::Rounding::eachStep>, decibels::toLevel<decibels::Rounding::eachStep>},
+}};
 
 }  // namespace
 
@@ -86,7 +81,7 @@ void scaleInPlace(float* samples, VstInt32 frames, float gain) noexcept {
 }
 
 AudioEnvelope::AudioEnvelope(unsigned channels, audioMasterCallback audioMaster)
-    : AudioEffectX(audioMaster, 1, 1),
+    : ParameterFamily(audioMaster, kVolumeParameters),
       targetGain(kUnityGain),
       currentGain(kUnityGain),
       unity(true),
@@ -126,77 +121,11 @@ float AudioEnvelope::getParameter(VstInt32 index) {
     return targetGain.load(std::memory_order_relaxed) * kHalf;
 }
 
-void AudioEnvelope::setProgram(VstInt32 program) {
-    AudioEffectX::setProgram(program);
-    resetToDefaults(*this, kVolumeRows);
-}
-
-void AudioEnvelope::getProgramName(char* name) { copyLocalizedText(kDefaultProgramKey, name); }
-
-void AudioEnvelope::getParameterLabel(VstInt32 index, char* label) { copyParameterLabel(kVolumeRows, index, label); }
-
-void AudioEnvelope::getParameterName(VstInt32 index, char* text) { copyParameterName(kVolumeRows, index, text); }
-
 void AudioEnvelope::getParameterDisplay(VstInt32 index, char* text) {
     // "-oo" for silence, otherwise the level in dB with eight characters.
     if (index == kLevelIndex && text != nullptr) dB2string(targetGain.load(std::memory_order_relaxed), text, 8);
 }
 
-ML::VSTPropertySupportMixin::ParameterType AudioEnvelope::GetParameterType(unsigned index) {
-    return isLevel(index) ? kDecibels : kNotAParameter;
-}
-
-float AudioEnvelope::GetParameterMax(unsigned index) const { return isLevel(index) ? kMaxDecibels : 0.0f; }
-
-float AudioEnvelope::GetParameterMin(unsigned index) const { return isLevel(index) ? kSilenceDecibels : 0.0f; }
-
-float AudioEnvelope::GetParameterStep(unsigned index) const { return isLevel(index) ? kStepDecibels : 0.0f; }
-
-bool AudioEnvelope::SupportsDisplayValueToParameter(unsigned index) const { return isLevel(index); }
-
-float AudioEnvelope::ConvertDisplayValueToParameter(unsigned index, float displayValue) const {
-    if (!isLevel(index)) return 0.0f;
-    // Only the floor itself means silence; anything below it goes through the formula.
-    if (displayValue == kSilenceDecibels) return 0.0f;
-    const float exponent = toFloat(static_cast<double>(displayValue) / kTwenty);
-    const float gain = toFloat(std::pow(kTen, static_cast<double>(exponent)));
-    return gain * kHalf;
-}
-
-float AudioEnvelope::ConvertParameterValueToDisplay(unsigned index, float parameterValue) const {
-    if (!isLevel(index)) return 0.0f;
-    if (parameterValue == 0.0f) return kSilenceDecibels;
-    const float gain = parameterValue + parameterValue;
-    const float logGain = toFloat(std::log10(static_cast<double>(gain)));
-    return toFloat(kTwenty * static_cast<double>(logGain));
-}
-
 bool AudioEnvelope::HasHistory() { return false; }
-
-AudioEnvelope1::AudioEnvelope1(audioMasterCallback audioMaster) : AudioEnvelope(1, audioMaster) {
-    configureVariant(*this, 1, fourCharCode("AEn1"));
-}
-
-AudioEnvelope2::AudioEnvelope2(audioMasterCallback audioMaster) : AudioEnvelope(2, audioMaster) {
-    configureVariant(*this, 2, fourCharCode("AEn2"));
-}
-
-AudioEnvelope6::AudioEnvelope6(audioMasterCallback audioMaster) : AudioEnvelope(6, audioMaster) {
-    configureVariant(*this, 6, fourCharCode("AEn6"));
-}
-
-AudioEnvelope16::AudioEnvelope16(audioMasterCallback audioMaster) : AudioEnvelope(16, audioMaster) {
-    configureVariant(*this, 16, fourCharCode("AE16"));
-}
-
-AudioEffect* createVolume(unsigned channels, audioMasterCallback audioMaster) {
-    switch (channels) {
-        case 1: return new (std::nothrow) AudioEnvelope1(audioMaster);
-        case 2: return new (std::nothrow) AudioEnvelope2(audioMaster);
-        case 6: return new (std::nothrow) AudioEnvelope6(audioMaster);
-        case 16: return new (std::nothrow) AudioEnvelope16(audioMaster);
-        default: return nullptr;
-    }
-}
 
 }  // namespace AF

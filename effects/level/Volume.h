@@ -5,13 +5,13 @@
 #include <atomic>
 
 #include "AR/AudioBuffer.h"
-#include "AudioEffectX.h"
 #include "Export.h"
-#include "ML/VSTPropertySupportMixin.h"
+#include "effects/family/ChannelVariant.h"
+#include "effects/family/ParameterFamily.h"
 
 namespace AF {
 
-class AF_EXPORT AudioEnvelope : public AudioEffectX, public ML::VSTPropertySupportMixin {
+class AF_EXPORT AudioEnvelope : public ParameterFamily {
 public:
     AudioEnvelope(unsigned channels, audioMasterCallback audioMaster);
     ~AudioEnvelope() override;
@@ -22,19 +22,7 @@ public:
 
     void setParameter(VstInt32 index, float value) override;
     float getParameter(VstInt32 index) override;
-    void setProgram(VstInt32 program) override;
-    void getProgramName(char* name) override;
-    void getParameterLabel(VstInt32 index, char* label) override;
     void getParameterDisplay(VstInt32 index, char* text) override;
-    void getParameterName(VstInt32 index, char* text) override;
-
-    ParameterType GetParameterType(unsigned index) override;
-    float GetParameterMax(unsigned index) const override;
-    float GetParameterMin(unsigned index) const override;
-    float GetParameterStep(unsigned index) const override;
-    bool SupportsDisplayValueToParameter(unsigned index) const override;
-    float ConvertDisplayValueToParameter(unsigned index, float displayValue) const override;
-    float ConvertParameterValueToDisplay(unsigned index, float parameterValue) const override;
     // The output depends on the current buffer alone.
     bool HasHistory() override;
 
@@ -47,25 +35,10 @@ protected:
     unsigned channelCount;
 };
 
-class AF_EXPORT AudioEnvelope1 final : public AudioEnvelope {
-public:
-    explicit AudioEnvelope1(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioEnvelope2 final : public AudioEnvelope {
-public:
-    explicit AudioEnvelope2(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioEnvelope6 final : public AudioEnvelope {
-public:
-    explicit AudioEnvelope6(audioMasterCallback audioMaster);
-};
-
-class AF_EXPORT AudioEnvelope16 final : public AudioEnvelope {
-public:
-    explicit AudioEnvelope16(audioMasterCallback audioMaster);
-};
+class AF_EXPORT AudioEnvelope1 final : public ChannelVariant<AudioEnvelope, 1, "AEn1"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioEnvelope2 final : public ChannelVariant<AudioEnvelope, 2, "AEn2"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioEnvelope6 final : public ChannelVariant<AudioEnvelope, 6, "AEn6"> { using ChannelVariant::ChannelVariant; };
+class AF_EXPORT AudioEnvelope16 final : public ChannelVariant<AudioEnvelope, 16, "AE16"> { using ChannelVariant::ChannelVariant; };
 
 // Multiplies `frames` samples in place by `gain`; four at a time, then the rest.
 // Each sample gets exactly the float product samples[i] * gain.

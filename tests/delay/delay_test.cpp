@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 #include "tests/delay/DelayTestSupport.h"
 
 namespace {
@@ -68,7 +68,7 @@ TYPED_TEST(DelayVariant, RecordCarriesChannelsIdAndReplacing) {
 }
 
 TYPED_TEST(DelayVariant, FamilyCreatorMakesThisVariant) {
-    AudioEffect* made = AF::createDelay(TypeParam::channels, nullptr);
+    AudioEffect* made = AF::createVariant(AF::Family::delay, TypeParam::channels, nullptr);
     ASSERT_NE(made, nullptr);
     EXPECT_NE(dynamic_cast<typename TypeParam::Effect*>(made), nullptr);
     delete made;
@@ -483,7 +483,7 @@ TEST(DelayProperties, DeletingThroughThePropertyInterfaceRunsTheWholeDestructor)
 }
 
 TEST(DelayCreator, UnregisteredChannelCountsGiveNull) {
-    for (const unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createDelay(channels, nullptr), nullptr) << channels;
+    for (const unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createVariant(AF::Family::delay, channels, nullptr), nullptr) << channels;
 }
 
 }  // namespace

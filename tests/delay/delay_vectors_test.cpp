@@ -1,9 +1,9 @@
 // The delay families against the reference outputs in tests/data/vectors,
-// made by the family creators in this process and driven only through the
+// made from the variant table in this process and driven only through the
 // plug-in record as a host does (open, sample rate, block size, resume,
 // processReplacing in place per block, close), outputs compared bit for bit.
 // The module-level vector test reaches the same files through dlopen and the
-// registered factory; this one pins the creators themselves.
+// registered factory; this one pins the table's creators themselves.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "AudioEffect.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 #include "support/ReferenceVectors.h"
 
 namespace {
@@ -21,7 +21,7 @@ namespace {
 struct VectorCase {
     const char* file;
     const char* identifier;
-    AudioEffect* (*create)(unsigned, audioMasterCallback);
+    AF::Family family;
     unsigned channels;
 };
 
@@ -41,7 +41,7 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
     const aftest::Channels& want = loaded->expected;
     ASSERT_FALSE(blocks.empty());
 
-    AudioEffect* effect = vector.create(vector.channels, nullptr);
+    AudioEffect* effect = AF::createVariant(vector.family, vector.channels, nullptr);
     ASSERT_NE(effect, nullptr);
     AEffect* record = effect->getAeffect();
     record->dispatcher(record, 0, 0, 0, nullptr, 0.0f);
@@ -81,15 +81,15 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
 
 INSTANTIATE_TEST_SUITE_P(
     Delays, DelayReferenceVectors,
-    ::testing::Values(VectorCase{"Delay_Mono.json", "Internal Delay Mono", AF::createDelay, 1},
-                      VectorCase{"Delay_Stereo.json", "Internal Delay Stereo", AF::createDelay, 2},
-                      VectorCase{"Delay_51.json", "Internal Delay 5.1", AF::createDelay, 6},
-                      VectorCase{"Delay_16_Channel.json", "Internal Delay 16 Channel", AF::createDelay, 16},
-                      VectorCase{"Multitap_Delay_Mono.json", "Internal Multitap Delay Mono", AF::createMultitapDelay, 1},
-                      VectorCase{"Multitap_Delay_Stereo.json", "Internal Multitap Delay Stereo", AF::createMultitapDelay, 2},
-                      VectorCase{"Multitap_Delay_51.json", "Internal Multitap Delay 5.1", AF::createMultitapDelay, 6},
+    ::testing::Values(VectorCase{"Delay_Mono.json", "Internal Delay Mono", AF::Family::delay, 1},
+                      VectorCase{"Delay_Stereo.json", "Internal Delay Stereo", AF::Family::delay, 2},
+                      VectorCase{"Delay_51.json", "Internal Delay 5.1", AF::Family::delay, 6},
+                      VectorCase{"Delay_16_Channel.json", "Internal Delay 16 Channel", AF::Family::delay, 16},
+                      VectorCase{"Multitap_Delay_Mono.json", "Internal Multitap Delay Mono", AF::Family::multitapDelay, 1},
+                      VectorCase{"Multitap_Delay_Stereo.json", "Internal Multitap Delay Stereo", AF::Family::multitapDelay, 2},
+                      VectorCase{"Multitap_Delay_51.json", "Internal Multitap Delay 5.1", AF::Family::multitapDelay, 6},
                       VectorCase{"Multitap_Delay_16_Channel.json", "Internal Multitap Delay 16 Channel",
-                                 AF::createMultitapDelay, 16}),
+                                 AF::Family::multitapDelay, 16}),
     [](const ::testing::TestParamInfo<VectorCase>& info) {
         std::string name = info.param.file;
         name = name.substr(0, name.find('.'));

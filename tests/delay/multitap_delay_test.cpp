@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 #include "tests/delay/DelayTestSupport.h"
 
 namespace {
@@ -73,7 +73,7 @@ TYPED_TEST(MultitapVariant, RecordCarriesChannelsAndTheDelaysIds) {
     const VstInt32 ids[] = {0x41446C31, 0x41446C32, 0x41446C36, 0x41443136};  // the single-tap delay's ids
     const int which = TypeParam::channels == 1 ? 0 : TypeParam::channels == 2 ? 1 : TypeParam::channels == 6 ? 2 : 3;
     EXPECT_EQ(record->uniqueID, ids[which]);
-    AudioEffect* made = AF::createMultitapDelay(TypeParam::channels, nullptr);
+    AudioEffect* made = AF::createVariant(AF::Family::multitapDelay, TypeParam::channels, nullptr);
     ASSERT_NE(made, nullptr);
     EXPECT_NE(dynamic_cast<typename TypeParam::Effect*>(made), nullptr);
     delete made;
@@ -375,7 +375,7 @@ TEST(MultitapProperties, DeletingThroughThePropertyInterfaceRunsTheWholeDestruct
 
 TEST(MultitapCreator, UnregisteredChannelCountsGiveNull) {
     for (const unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u})
-        EXPECT_EQ(AF::createMultitapDelay(channels, nullptr), nullptr) << channels;
+        EXPECT_EQ(AF::createVariant(AF::Family::multitapDelay, channels, nullptr), nullptr) << channels;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "CutFilterHarness.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -150,20 +150,20 @@ TYPED_TEST(CenterQFamily, OddSampleRatesGiveTheArithmeticsAnswers) {
 }
 
 TEST(BandpassNotch, FamilyCreatorsMakeTheRegisteredVariants) {
-    for (auto create : {&AF::createBandpass, &AF::createBandreject}) {
-        for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(create(channels, nullptr), nullptr);
+    for (AF::Family family : {AF::Family::bandpass, AF::Family::bandreject}) {
+        for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createVariant(family, channels, nullptr), nullptr);
         for (unsigned channels : {1u, 2u, 6u, 16u}) {
-            AudioEffect* effect = create(channels, countingHost);
+            AudioEffect* effect = AF::createVariant(family, channels, countingHost);
             ASSERT_NE(effect, nullptr);
             EXPECT_EQ(effect->getAeffect()->numOutputs, static_cast<VstInt32>(channels));
             EXPECT_EQ(effect->getAeffect()->numParams, 2);
             delete dynamic_cast<ML::VSTPropertySupportMixin*>(effect);
         }
     }
-    AudioEffect* e = AF::createBandpass(2, nullptr);
+    AudioEffect* e = AF::createVariant(AF::Family::bandpass, 2, nullptr);
     EXPECT_NE(dynamic_cast<AF::AudioBandpass2*>(e), nullptr);
     delete e;
-    e = AF::createBandreject(1, nullptr);
+    e = AF::createVariant(AF::Family::bandreject, 1, nullptr);
     EXPECT_NE(dynamic_cast<AF::AudioBandreject1*>(e), nullptr);
     delete e;
 }

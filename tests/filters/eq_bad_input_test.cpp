@@ -9,7 +9,7 @@
 #include <typeinfo>
 
 #include "EqHarness.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -192,22 +192,22 @@ void expectCreated(AudioEffect* effect, unsigned channels) {
 }
 
 TEST(EqFactory, CreatesTheRegisteredVariantsOnly) {
-    expectCreated<AF::AudioParametricEQ1>(AF::createParametricEQ(1, nullptr), 1);
-    expectCreated<AF::AudioParametricEQ2>(AF::createParametricEQ(2, nullptr), 2);
-    expectCreated<AF::AudioParametricEQ6>(AF::createParametricEQ(6, nullptr), 6);
-    expectCreated<AF::AudioParametricEQ16>(AF::createParametricEQ(16, nullptr), 16);
-    expectCreated<AF::AudioBass1>(AF::createBass(1, nullptr), 1);
-    expectCreated<AF::AudioBass2>(AF::createBass(2, nullptr), 2);
-    expectCreated<AF::AudioBass6>(AF::createBass(6, nullptr), 6);
-    expectCreated<AF::AudioBass16>(AF::createBass(16, nullptr), 16);
-    expectCreated<AF::AudioTreble1>(AF::createTreble(1, nullptr), 1);
-    expectCreated<AF::AudioTreble2>(AF::createTreble(2, nullptr), 2);
-    expectCreated<AF::AudioTreble6>(AF::createTreble(6, nullptr), 6);
-    expectCreated<AF::AudioTreble16>(AF::createTreble(16, nullptr), 16);
+    expectCreated<AF::AudioParametricEQ1>(AF::createVariant(AF::Family::parametricEQ, 1, nullptr), 1);
+    expectCreated<AF::AudioParametricEQ2>(AF::createVariant(AF::Family::parametricEQ, 2, nullptr), 2);
+    expectCreated<AF::AudioParametricEQ6>(AF::createVariant(AF::Family::parametricEQ, 6, nullptr), 6);
+    expectCreated<AF::AudioParametricEQ16>(AF::createVariant(AF::Family::parametricEQ, 16, nullptr), 16);
+    expectCreated<AF::AudioBass1>(AF::createVariant(AF::Family::bass, 1, nullptr), 1);
+    expectCreated<AF::AudioBass2>(AF::createVariant(AF::Family::bass, 2, nullptr), 2);
+    expectCreated<AF::AudioBass6>(AF::createVariant(AF::Family::bass, 6, nullptr), 6);
+    expectCreated<AF::AudioBass16>(AF::createVariant(AF::Family::bass, 16, nullptr), 16);
+    expectCreated<AF::AudioTreble1>(AF::createVariant(AF::Family::treble, 1, nullptr), 1);
+    expectCreated<AF::AudioTreble2>(AF::createVariant(AF::Family::treble, 2, nullptr), 2);
+    expectCreated<AF::AudioTreble6>(AF::createVariant(AF::Family::treble, 6, nullptr), 6);
+    expectCreated<AF::AudioTreble16>(AF::createVariant(AF::Family::treble, 16, nullptr), 16);
     for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u, 4294967295u}) {
-        EXPECT_EQ(AF::createParametricEQ(channels, nullptr), nullptr) << channels;
-        EXPECT_EQ(AF::createBass(channels, nullptr), nullptr) << channels;
-        EXPECT_EQ(AF::createTreble(channels, nullptr), nullptr) << channels;
+        EXPECT_EQ(AF::createVariant(AF::Family::parametricEQ, channels, nullptr), nullptr) << channels;
+        EXPECT_EQ(AF::createVariant(AF::Family::bass, channels, nullptr), nullptr) << channels;
+        EXPECT_EQ(AF::createVariant(AF::Family::treble, channels, nullptr), nullptr) << channels;
     }
 }
 

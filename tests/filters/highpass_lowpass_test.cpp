@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "CutFilterHarness.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -184,20 +184,20 @@ TEST(HighpassLowpass, ConstantInput) {
 }
 
 TEST(HighpassLowpass, FamilyCreatorsMakeTheRegisteredVariants) {
-    for (auto create : {&AF::createHighpass, &AF::createLowpass}) {
-        for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(create(channels, nullptr), nullptr);
+    for (AF::Family family : {AF::Family::highpass, AF::Family::lowpass}) {
+        for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createVariant(family, channels, nullptr), nullptr);
         for (unsigned channels : {1u, 2u, 6u, 16u}) {
-            AudioEffect* effect = create(channels, countingHost);
+            AudioEffect* effect = AF::createVariant(family, channels, countingHost);
             ASSERT_NE(effect, nullptr);
             EXPECT_EQ(effect->getAeffect()->numInputs, static_cast<VstInt32>(channels));
             // The host may delete through the property interface.
             delete dynamic_cast<ML::VSTPropertySupportMixin*>(effect);
         }
     }
-    AudioEffect* e = AF::createHighpass(6, nullptr);
+    AudioEffect* e = AF::createVariant(AF::Family::highpass, 6, nullptr);
     EXPECT_NE(dynamic_cast<AF::AudioHighpass6*>(e), nullptr);
     delete e;
-    e = AF::createLowpass(16, nullptr);
+    e = AF::createVariant(AF::Family::lowpass, 16, nullptr);
     EXPECT_NE(dynamic_cast<AF::AudioLowpass16*>(e), nullptr);
     delete e;
 }

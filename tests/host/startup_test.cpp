@@ -14,7 +14,7 @@
 #include "Ordo/Module.h"
 #include "effects/level/Invert.h"
 #include "effects/level/Volume.h"
-#include "host/Factory.h"
+#include "module/Factory.h"
 #include "plinth/config/Localizer.h"
 #include "support/HostFixture.h"
 

@@ -7,7 +7,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Balance.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -306,7 +306,7 @@ TEST(BalanceLifetime, DeletingThroughThePropertyInterfaceRunsTheWholeDestructor)
 
 TEST(BalanceCreator, MakesStereoOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> effect(AF::createBalance(channels, nullptr));
+        std::unique_ptr<AudioEffect> effect(AF::createVariant(AF::Family::balance, channels, nullptr));
         if (channels == 2)
             EXPECT_NE(dynamic_cast<AF::AudioBalance*>(effect.get()), nullptr);
         else

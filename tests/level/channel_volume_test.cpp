@@ -9,7 +9,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/ChannelVolume.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -385,7 +385,7 @@ TEST(ChannelVolumeLifetime, DeletingThroughThePropertyInterfaceRunsTheWholeDestr
 
 TEST(ChannelVolumeCreator, MakesTheRegisteredChannelCountsOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> effect(AF::createChannelVolume(channels, nullptr));
+        std::unique_ptr<AudioEffect> effect(AF::createVariant(AF::Family::channelVolume, channels, nullptr));
         switch (channels) {
             case 2: EXPECT_NE(dynamic_cast<AF::AudioChannelEnvelope2*>(effect.get()), nullptr); break;
             case 6: EXPECT_NE(dynamic_cast<AF::AudioChannelEnvelope6*>(effect.get()), nullptr); break;

@@ -4,7 +4,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Fill.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -109,8 +109,8 @@ TYPED_TEST(FillTest, NullBuffersAreHarmless) {
 
 TEST(FillCreators, MakeStereoOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> left(AF::createFillLeft(channels, nullptr));
-        std::unique_ptr<AudioEffect> right(AF::createFillRight(channels, nullptr));
+        std::unique_ptr<AudioEffect> left(AF::createVariant(AF::Family::fillLeft, channels, nullptr));
+        std::unique_ptr<AudioEffect> right(AF::createVariant(AF::Family::fillRight, channels, nullptr));
         if (channels == 2) {
             EXPECT_NE(dynamic_cast<AF::AudioFillLeft*>(left.get()), nullptr);
             EXPECT_NE(dynamic_cast<AF::AudioFillRight*>(right.get()), nullptr);

@@ -6,7 +6,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Invert.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -165,7 +165,7 @@ TYPED_TEST(InvertTest, HasNoParametersOrPrograms) {
 
 TEST(InvertCreator, MakesTheRegisteredChannelCountsOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> effect(AF::createInvert(channels, nullptr));
+        std::unique_ptr<AudioEffect> effect(AF::createVariant(AF::Family::invert, channels, nullptr));
         switch (channels) {
             case 1: EXPECT_NE(dynamic_cast<AF::AudioInvert1*>(effect.get()), nullptr); break;
             case 2: EXPECT_NE(dynamic_cast<AF::AudioInvert2*>(effect.get()), nullptr); break;

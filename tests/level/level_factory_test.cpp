@@ -11,7 +11,7 @@
 #include "effects/level/Invert.h"
 #include "effects/level/Mute.h"
 #include "effects/level/SwapChannels.h"
-#include "host/Factory.h"
+#include "module/Factory.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Mute.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -305,7 +305,7 @@ TEST(MuteFailedAllocation, EveryOperationIsHarmless) {
 
 TEST(MuteCreator, MakesTheRegisteredChannelCountsOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> effect(AF::createMute(channels, nullptr));
+        std::unique_ptr<AudioEffect> effect(AF::createVariant(AF::Family::mute, channels, nullptr));
         switch (channels) {
             case 1: EXPECT_NE(dynamic_cast<AF::AudioMute1*>(effect.get()), nullptr); break;
             case 2: EXPECT_NE(dynamic_cast<AF::AudioMute2*>(effect.get()), nullptr); break;

@@ -3,7 +3,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/SwapChannels.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -98,7 +98,7 @@ TEST_F(SwapChannelsTest, HasNoParameters) {
 
 TEST(SwapChannelsCreator, MakesStereoOnly) {
     for (unsigned channels = 0; channels <= 17; ++channels) {
-        std::unique_ptr<AudioEffect> effect(AF::createSwapChannels(channels, nullptr));
+        std::unique_ptr<AudioEffect> effect(AF::createVariant(AF::Family::swapChannels, channels, nullptr));
         if (channels == 2)
             EXPECT_NE(dynamic_cast<AF::AudioSwapChannels*>(effect.get()), nullptr);
         else

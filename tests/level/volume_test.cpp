@@ -396,7 +396,7 @@ TEST(VolumeWithoutCallback, ProgramAndProcessingNeedNoHost) {
 #include <type_traits>
 
 #include "effects/level/Volume.h"
-#include "host/Factory.h"
+#include "module/VariantTable.h"
 
 namespace {
 
@@ -450,7 +450,7 @@ static_assert(std::is_base_of_v<AudioEffectX, AF::AudioEnvelope> &&
 
 TEST(VolumeCreator, MakesEachRegisteredVariantAndNothingElse) {
     auto check = [](unsigned channels, auto* expectedType) {
-        AudioEffect* effect = AF::createVolume(channels, nullptr);
+        AudioEffect* effect = AF::createVariant(AF::Family::volume, channels, nullptr);
         ASSERT_NE(effect, nullptr) << channels;
         EXPECT_NE(dynamic_cast<decltype(expectedType)>(effect), nullptr) << channels;
         AEffect* record = effect->getAeffect();
@@ -460,7 +460,7 @@ TEST(VolumeCreator, MakesEachRegisteredVariantAndNothingElse) {
     check(2, static_cast<AF::AudioEnvelope2*>(nullptr));
     check(6, static_cast<AF::AudioEnvelope6*>(nullptr));
     check(16, static_cast<AF::AudioEnvelope16*>(nullptr));
-    for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createVolume(channels, nullptr), nullptr);
+    for (unsigned channels : {0u, 3u, 4u, 5u, 8u, 17u}) EXPECT_EQ(AF::createVariant(AF::Family::volume, channels, nullptr), nullptr);
 }
 
 }  // namespace
