@@ -5,30 +5,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cmath>
-#include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <sstream>
 
-#include "CommandLine.h"
 #include "Errors.h"
 
 namespace afx {
 namespace {
-
-// The temporary file's name for the signal handler: fixed storage, since a
-// handler may only call async-signal-safe functions (unlink, signal, raise).
-char gTemporaryPath[PATH_MAX + 32] = {};
-
-extern "C" void removeTemporaryAndDie(int signalNumber) {
-    if (gTemporaryPath[0] != '\0') ::unlink(gTemporaryPath);
-    std::signal(signalNumber, SIG_DFL);
-    std::raise(signalNumber);
-}
-
-void installCleanupHandlers() {
-    for (int signalNumber : {SIGINT, SIGTERM, SIGHUP}) std::signal(signalNumber, removeTemporaryAndDie);
-}
 
 std::string systemReason() { return std::strerror(errno); }
 
@@ -58,20 +43,41 @@ int integerBitsOf(int subtype) {
 
 bool isFloatSubtype(int subtype) { return subtype == SF_FORMAT_FLOAT || subtype == SF_FORMAT_DOUBLE; }
 
-std::string extensionOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return {};
-    return toLower(path.substr(dot + 1));
+// libsndfile reads a file whose header promises more than the file holds up
+// to where it ends, and notes each size it corrected in its log as
+// "NAME : STATED (should be ACTUAL)". A smaller actual size means a cut-off file.
+bool logShowsCutOff(SNDFILE* file) {
+    char log[8192] = {};
+    ::sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t colon = line.find(" : ");
+        const std::size_t should = line.find("(should be ");
+        if (colon == std::string::npos || should == std::string::npos || should < colon) continue;
+        const long long stated = std::strtoll(line.c_str() + colon + 3, nullptr, 10);
+        const long long actual = std::strtoll(line.c_str() + should + 11, nullptr, 10);
+        if (actual < stated) return true;
+    }
+    return false;
 }
+
+constexpr int kTagIds[] = {SF_STR_TITLE,   SF_STR_COPYRIGHT, SF_STR_SOFTWARE,    SF_STR_ARTIST,
+                           SF_STR_COMMENT, SF_STR_DATE,      SF_STR_ALBUM,       SF_STR_LICENSE,
+                           SF_STR_TRACKNUMBER, SF_STR_GENRE};
 
 }  // namespace
 
 InputFile::InputFile(const std::string& path) : path_(path) {
-    file_ = ::sf_open(path.c_str(), SFM_READ, &info_);
+    file_ = path == "-" ? ::sf_open_fd(STDIN_FILENO, SFM_READ, &info_, SF_FALSE)
+                        : ::sf_open(path.c_str(), SFM_READ, &info_);
     if (file_ == nullptr)
         throw RunError("cannot read input '" + path + "': " + ::sf_strerror(nullptr));
     if (info_.channels <= 0) throw RunError("input '" + path + "' has no channels");
+    // A stream does not say how long it is.
+    frames_ = info_.frames > 0 && info_.frames < SF_COUNT_MAX ? info_.frames : 0;
+    cutOff_ = logShowsCutOff(file_);
+    for (int id : kTagIds)
+        if (const char* text = ::sf_get_string(file_, id)) tags_.emplace_back(id, text);
 }
 
 InputFile::~InputFile() {
@@ -85,83 +91,31 @@ std::int64_t InputFile::read(float* interleaved, std::int64_t frames) {
     return got;
 }
 
-int outputFormat(const std::string& outputPath, int inputFormat, bool asFloat) {
-    static const struct {
-        const char* extension;
-        int container;
-    } kContainers[] = {{"wav", SF_FORMAT_WAV},   {"wave", SF_FORMAT_WAV},  {"w64", SF_FORMAT_W64},
-                       {"rf64", SF_FORMAT_RF64}, {"aif", SF_FORMAT_AIFF},  {"aiff", SF_FORMAT_AIFF},
-                       {"aifc", SF_FORMAT_AIFF}, {"au", SF_FORMAT_AU},     {"snd", SF_FORMAT_AU},
-                       {"caf", SF_FORMAT_CAF},   {"flac", SF_FORMAT_FLAC}, {"ogg", SF_FORMAT_OGG}};
-    int container = inputFormat & SF_FORMAT_TYPEMASK;
-    const std::string extension = extensionOf(outputPath);
-    for (const auto& known : kContainers)
-        if (extension == known.extension) container = known.container;
-    int subtype = asFloat ? SF_FORMAT_FLOAT : (inputFormat & SF_FORMAT_SUBMASK);
-    // An .ogg name asks for the Vorbis codec, whatever the input held.
-    if (container == SF_FORMAT_OGG && subtype != SF_FORMAT_VORBIS && subtype != SF_FORMAT_OPUS)
-        subtype = SF_FORMAT_VORBIS;
-    const int format = container | subtype;
-    SF_INFO probe{};
-    probe.format = format;
-    probe.channels = 1;
-    probe.samplerate = 48000;
-    if (!::sf_format_check(&probe))
-        throw UsageError("cannot write " + describeFormat(format) + " to '" + outputPath +
-                         "': choose another OUTPUT extension (e.g. .wav)" +
-                         (asFloat || subtype == SF_FORMAT_FLOAT ? "" : " or add --float"));
-    return format;
+namespace {
+
+// A stream's file is made where temporary files go; a file's beside it, so
+// that it can be renamed into place.
+std::string temporaryFolder(const OutputTarget& target) {
+    if (target.kind != OutputKind::Stream) return target.folder();
+    const char* folder = std::getenv("TMPDIR");
+    return folder != nullptr && folder[0] != '\0' ? folder : "/tmp";
 }
 
-std::string describeFormat(int format) {
-    SF_FORMAT_INFO container{};
-    container.format = format & SF_FORMAT_TYPEMASK;
-    SF_FORMAT_INFO subtype{};
-    subtype.format = format & SF_FORMAT_SUBMASK;
-    const bool knownContainer = ::sf_command(nullptr, SFC_GET_FORMAT_INFO, &container, sizeof container) == 0;
-    const bool knownSubtype = ::sf_command(nullptr, SFC_GET_FORMAT_INFO, &subtype, sizeof subtype) == 0;
-    return std::string(knownSubtype ? subtype.name : "unknown samples") + " in " +
-           (knownContainer ? container.name : "an unknown container");
-}
+}  // namespace
 
-OutputFile::OutputFile(const std::string& path, int format, unsigned channels, int sampleRate,
-                       std::int64_t maxFrames, bool syncToDisk)
-    : path_(path), channels_(channels), syncToDisk_(syncToDisk) {
-    const std::size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-    const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
-    const std::string pattern = folder + "/." + base + ".afx-XXXXXX";
-    if (pattern.size() >= sizeof gTemporaryPath)
-        throw RunError("output path '" + path + "' is too long");
-
-    installCleanupHandlers();
-    std::memcpy(gTemporaryPath, pattern.c_str(), pattern.size() + 1);
-    const int descriptor = ::mkstemp(gTemporaryPath);
-    if (descriptor < 0) {
-        const std::string reason = systemReason();
-        gTemporaryPath[0] = '\0';
-        throw RunError("cannot write in folder '" + folder + "': " + reason);
-    }
-    // mkstemp makes the file private; give it the permissions a new file gets.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(descriptor, 0666 & ~mask);
-
+OutputFile::OutputFile(const OutputTarget& target, int format, unsigned channels, int sampleRate,
+                       std::int64_t maxFrames, const Tags& tags, bool syncToDisk)
+    : target_(target), temporary_(temporaryFolder(target)), channels_(channels),
+      syncToDisk_(syncToDisk && target.kind != OutputKind::Stream) {
     SF_INFO info{};
     info.format = format;
     info.channels = static_cast<int>(channels);
     info.samplerate = sampleRate;
     // afx keeps the descriptor: it is flushed to the disk after libsndfile's
     // last header update, before the rename.
-    descriptor_ = descriptor;
-    file_ = ::sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE);
-    if (file_ == nullptr) {
-        descriptor_ = -1;
-        ::close(descriptor);
-        ::unlink(gTemporaryPath);
-        gTemporaryPath[0] = '\0';
-        throw RunError("cannot write output '" + path + "': " + ::sf_strerror(nullptr));
-    }
+    file_ = ::sf_open_fd(temporary_.descriptor(), SFM_WRITE, &info, SF_FALSE);
+    if (file_ == nullptr) throw RunError("cannot write output '" + target.typed + "': " + ::sf_strerror(nullptr));
+    for (const auto& [id, text] : tags) ::sf_set_string(file_, id, text.c_str());
     const int subtype = format & SF_FORMAT_SUBMASK;
     integerBits_ = integerBitsOf(subtype);
     countsFullScale_ = integerBits_ == 0 && !isFloatSubtype(subtype);
@@ -176,9 +130,6 @@ OutputFile::OutputFile(const std::string& path, int format, unsigned channels, i
 
 OutputFile::~OutputFile() {
     if (file_ != nullptr) ::sf_close(file_);
-    if (descriptor_ >= 0) ::close(descriptor_);
-    if (!committed_ && gTemporaryPath[0] != '\0') ::unlink(gTemporaryPath);
-    gTemporaryPath[0] = '\0';
 }
 
 void OutputFile::write(const float* interleaved, std::int64_t frames) {
@@ -212,29 +163,74 @@ void OutputFile::write(const float* interleaved, std::int64_t frames) {
                 if (std::fabs(interleaved[i]) > 1.0f) ++clipped_;
         written = ::sf_writef_float(file_, interleaved, frames);
     }
-    if (written != frames) throw RunError("cannot write output '" + path_ + "': " + ::sf_strerror(file_));
+    framesWritten_ += written;
+    if (written != frames) throw RunError("cannot write output '" + target_.typed + "': " + ::sf_strerror(file_));
     // Start the disk writes of what has piled up, without waiting for them:
     // the flush before the rename then has only the last stretch to wait for.
     unsyncedBytes_ += static_cast<std::int64_t>(count * sizeof(float));
     if (syncToDisk_ && unsyncedBytes_ >= kWritebackBytes) {
-        ::sync_file_range(descriptor_, 0, 0, SYNC_FILE_RANGE_WRITE);
+        ::sync_file_range(temporary_.descriptor(), 0, 0, SYNC_FILE_RANGE_WRITE);
         unsyncedBytes_ = 0;
     }
 }
 
+void OutputFile::keepModeAndOwner() {
+    const struct stat& old = target_.replaced;
+    struct stat now {};
+    if (::fstat(temporary_.descriptor(), &now) != 0) return;
+    if ((now.st_uid != old.st_uid || now.st_gid != old.st_gid) &&
+        ::fchown(temporary_.descriptor(), old.st_uid, old.st_gid) != 0)
+        ownerWarning_ = "'" + target_.typed + "' was replaced by a file of yours: its owner (user " +
+                        std::to_string(old.st_uid) + ", group " + std::to_string(old.st_gid) +
+                        ") cannot be kept (" + systemReason() + ")";
+    // After the owner: changing it clears the set-id bits.
+    ::fchmod(temporary_.descriptor(), old.st_mode & 07777);
+}
+
+void OutputFile::copyIntoStream() {
+    const int source = temporary_.descriptor();
+    if (::lseek(source, 0, SEEK_SET) != 0) throw RunError("cannot read back the output: " + systemReason());
+    const bool standardOutput = target_.isStandardOutput();
+    const int stream = standardOutput ? STDOUT_FILENO : ::open(target_.path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (stream < 0) throw RunError("cannot write output '" + target_.typed + "': " + systemReason());
+    char buffer[1 << 16];
+    std::string failure;
+    for (;;) {
+        const ssize_t got = ::read(source, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) failure = "cannot read back the output: " + systemReason();
+        if (got <= 0) break;
+        for (ssize_t sent = 0; sent < got && failure.empty();) {
+            const ssize_t put = ::write(stream, buffer + sent, static_cast<std::size_t>(got - sent));
+            if (put < 0 && errno == EINTR) continue;
+            if (put < 0) failure = "cannot write output '" + target_.typed + "': " + systemReason();
+            else sent += put;
+        }
+        if (!failure.empty()) break;
+    }
+    if (!standardOutput) ::close(stream);
+    if (!failure.empty()) throw RunError(failure);
+}
+
 void OutputFile::commit() {
+    // The FLAC encoder starts with the first samples; an empty input still
+    // needs a file that reads back.
+    if (framesWritten_ == 0) ::sf_command(file_, SFC_UPDATE_HEADER_NOW, nullptr, 0);
     const int closed = ::sf_close(file_);
     file_ = nullptr;
-    if (closed != 0) throw RunError("cannot finish output '" + path_ + "': " + ::sf_error_number(closed));
-    if (syncToDisk_ && ::fsync(descriptor_) != 0)
-        throw RunError("cannot finish output '" + path_ + "': " + systemReason());
-    const int descriptor = descriptor_;
-    descriptor_ = -1;
-    if (::close(descriptor) != 0) throw RunError("cannot finish output '" + path_ + "': " + systemReason());
-    if (::rename(gTemporaryPath, path_.c_str()) != 0)
-        throw RunError("cannot move the finished output to '" + path_ + "': " + systemReason());
-    committed_ = true;
-    gTemporaryPath[0] = '\0';
+    if (closed != 0) throw RunError("cannot finish output '" + target_.typed + "': " + ::sf_error_number(closed));
+    struct stat written {};
+    if (::fstat(temporary_.descriptor(), &written) == 0 && written.st_size == 0)
+        throw RunError("libsndfile wrote nothing for '" + target_.typed +
+                       "' (an empty input in a format that cannot be empty); choose another OUTPUT extension");
+    if (target_.kind == OutputKind::Stream) {
+        copyIntoStream();
+        return;
+    }
+    if (target_.kind == OutputKind::ReplacedFile) keepModeAndOwner();
+    if (syncToDisk_ && ::fsync(temporary_.descriptor()) != 0)
+        throw RunError("cannot finish output '" + target_.typed + "': " + systemReason());
+    temporary_.placeAt(target_.path);
 }
 
 }  // namespace afx

@@ -10,15 +10,32 @@
 namespace afx {
 namespace {
 
-constexpr VstInt32 kOpen = 0;
-constexpr VstInt32 kSetSampleRate = 10;
-constexpr VstInt32 kSetBlockSize = 11;
-constexpr VstInt32 kMainsChanged = 12;
-
 std::string shortNumber(float value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.7g", static_cast<double>(value));
     return text;
+}
+
+// What to use instead of `identifier` for audio of `channels` channels.
+std::string fittingVariants(const ModuleHost& host, const std::string& identifier, unsigned channels) {
+    for (const Family& family : families()) {
+        const std::vector<unsigned> counts = familyChannelCounts(host, family);
+        bool ofThisFamily = false;
+        for (unsigned count : counts) ofThisFamily |= equalsIgnoringCase(familyIdentifier(family, count), identifier);
+        if (!ofThisFamily) continue;
+        const std::string fitting = familyIdentifier(family, channels);
+        if (!fitting.empty() && host.find(fitting) != nullptr)
+            return "use '" + fitting + "' (or the family name '" + family.name + "')";
+        const std::string mono = familyIdentifier(family, 1);
+        if (family.independentChannels && host.find(mono) != nullptr)
+            return "use '" + mono + "' or the family name '" + family.name + "' (one instance per channel)";
+        std::string list;
+        for (unsigned count : counts)
+            list += (list.empty() ? "" : ", ") + familyIdentifier(family, count) + " (" + std::to_string(count) + ")";
+        return std::string("no variant of '") + family.name + "' takes " + std::to_string(channels) +
+               " channels; it has " + list;
+    }
+    return "no variant of it is registered for " + std::to_string(channels) + " channels";
 }
 
 std::string parameterList(const Effect& effect) {
@@ -31,26 +48,61 @@ std::string parameterList(const Effect& effect) {
 
 }  // namespace
 
+namespace {
+
+// A parameter name as the user may type it: no blanks, any case ("delay1" is "Delay 1").
+std::string nameKey(const std::string& name) {
+    std::string key;
+    for (char c : toLower(name))
+        if (c != ' ' && c != '\t') key += c;
+    return key;
+}
+
+// The name as -p takes it back: "Level 4#2" for the second of two "Level 4".
+std::string spelledName(const Effect& effect, int index) {
+    const std::string name = trimBlanks(effect.parameterName(index));
+    int before = 0;
+    int all = 0;
+    for (int other = 0; other < effect.parameterCount(); ++other)
+        if (nameKey(effect.parameterName(other)) == nameKey(name)) {
+            ++all;
+            if (other < index) ++before;
+        }
+    return all > 1 ? name + "#" + std::to_string(before + 1) : name;
+}
+
+}  // namespace
+
 int findParameter(const Effect& effect, const std::string& identifier, const std::string& text) {
     const std::string wanted = trimBlanks(text);
     const bool numeric = !wanted.empty() && wanted.find_first_not_of("0123456789") == std::string::npos;
     if (numeric) {
         const long index = parseInteger(wanted, "a parameter index");
         if (index >= 0 && index < effect.parameterCount()) return static_cast<int>(index);
-    } else {
-        // Two parameters may carry one name (the multitap delay's third and
-        // fourth tap levels both read "Level 4"): then only the index will do.
-        std::vector<int> matches;
-        for (int index = 0; index < effect.parameterCount(); ++index)
-            if (equalsIgnoringCase(trimBlanks(effect.parameterName(index)), wanted)) matches.push_back(index);
-        if (matches.size() == 1) return matches.front();
-        if (matches.size() > 1) {
-            std::string indices;
-            for (std::size_t i = 0; i < matches.size(); ++i)
-                indices += (i == 0 ? "" : (i + 1 == matches.size() ? " and " : ", ")) + std::to_string(matches[i]);
-            throw UsageError("'" + identifier + "' has several parameters named '" + wanted + "' (indices " +
-                             indices + "); give the index instead");
-        }
+        throw UsageError("'" + identifier + "' has no parameter '" + text + "'; " + parameterList(effect));
+    }
+    // Two parameters may carry one name (the multitap delay's third and fourth
+    // tap levels both read "Level 4"): "NAME#N" is the N-th of them, from 1.
+    std::string name = wanted;
+    long occurrence = 0;
+    const std::size_t hash = wanted.rfind('#');
+    if (hash != std::string::npos) {
+        name = wanted.substr(0, hash);
+        occurrence = parseInteger(wanted.substr(hash + 1), "the number after '#' in '" + wanted + "'");
+    }
+    std::vector<int> matches;
+    for (int index = 0; index < effect.parameterCount(); ++index)
+        if (nameKey(effect.parameterName(index)) == nameKey(name)) matches.push_back(index);
+    if (occurrence == 0 && matches.size() == 1) return matches.front();
+    if (occurrence >= 1 && occurrence <= static_cast<long>(matches.size()))
+        return matches[static_cast<std::size_t>(occurrence - 1)];
+    if (occurrence == 0 && matches.size() > 1) {
+        std::string spellings;
+        for (std::size_t i = 0; i < matches.size(); ++i)
+            spellings += (i == 0 ? "" : (i + 1 == matches.size() ? " or " : ", ")) + nameKey(name) + "#" +
+                         std::to_string(i + 1) + " (index " + std::to_string(matches[i]) + ")";
+        throw UsageError("'" + identifier + "' has " + std::to_string(matches.size()) + " parameters named '" +
+                         trimBlanks(effect.parameterName(matches.front())) + "'; write " + spellings);
     }
     throw UsageError("'" + identifier + "' has no parameter '" + text + "'; " + parameterList(effect));
 }
@@ -86,25 +138,33 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
              int blockSize) {
     links_.reserve(requests.size());
     for (const EffectRequest& request : requests) {
-        const auto& registration = resolveEffect(host, request.effect, channels);
+        const auto& registration = resolveForChain(host, request.effect, channels);
         const std::string identifier = registration.id.c_str();
-        std::unique_ptr<Effect> effect = host.create(registration);
-        if (!effect)
+        Link link{identifier, {}, 0, {}};
+        link.instances.push_back(host.create(registration));
+        if (!link.instances.front())
             throw RunError("the module registers '" + identifier + "' but makes no instance of it");
-        if (effect->inputCount() != static_cast<int>(channels) || effect->outputCount() != static_cast<int>(channels))
-            throw UsageError("'" + identifier + "' takes " + std::to_string(effect->inputCount()) +
-                             " channel(s) but the input has " + std::to_string(channels) +
-                             "; name the family instead to get the matching variant");
-        links_.push_back({identifier, std::move(effect), {}});
+        const Effect& first = *link.instances.front();
+        const int width = first.inputCount();
+        const Family* family = familyOfIdentifier(identifier);
+        // A variant narrower than the audio runs as several instances when
+        // the family processes every channel on its own.
+        const bool fits = width > 0 && first.outputCount() == width && channels % static_cast<unsigned>(width) == 0 &&
+                          (width == static_cast<int>(channels) || (family != nullptr && family->independentChannels));
+        if (!fits)
+            throw UsageError("'" + identifier + "' takes " + std::to_string(width) + " channel(s) but the input has " +
+                             std::to_string(channels) + "; " + fittingVariants(host, identifier, channels));
+        link.width = static_cast<unsigned>(width);
+        while (link.instances.size() < channels / link.width) {
+            link.instances.push_back(host.create(registration));
+            if (!link.instances.back())
+                throw RunError("the module registers '" + identifier + "' but makes no instance of it");
+        }
+        links_.push_back(std::move(link));
     }
     // The host's life cycle: open, sample rate, block size, resume, parameters.
-    for (Link& link : links_) {
-        const Effect& effect = *link.effect;
-        effect.dispatch(kOpen);
-        effect.dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
-        effect.dispatch(kSetBlockSize, 0, blockSize);
-        effect.dispatch(kMainsChanged, 0, 1);
-    }
+    for (Link& link : links_)
+        for (const auto& effect : link.instances) effect->start(static_cast<float>(sampleRate), blockSize);
     running_ = true;
     try {
         applyRequests(requests);
@@ -117,15 +177,16 @@ Chain::Chain(const ModuleHost& host, const std::vector<EffectRequest>& requests,
 void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
     for (std::size_t i = 0; i < links_.size(); ++i) {
         Link& link = links_[i];
-        const Effect& effect = *link.effect;
+        const Effect& effect = *link.instances.front();
         for (const ParameterRequest& request : requests[i].parameters) {
             const int index = findParameter(effect, link.identifier, request.parameter);
             const float value = request.normalised
                                     ? parseFloatExactly(request.value, "the normalised value of parameter " +
                                                                            std::to_string(index))
                                     : displayToNormalised(effect, link.identifier, index, request.value);
-            effect.setParameter(index, value);
-            link.applied.push_back({index, trimBlanks(effect.parameterName(index)), value,
+            // Every instance of a link gets the same settings.
+            for (const auto& instance : link.instances) instance->setParameter(index, value);
+            link.applied.push_back({index, spelledName(effect, index), value,
                                     trimBlanks(effect.parameterDisplay(index)),
                                     trimBlanks(effect.parameterLabel(index))});
         }
@@ -136,15 +197,20 @@ Chain::~Chain() { finish(); }
 
 void Chain::process(float** channels, int frames) const {
     for (const Link& link : links_) {
-        AEffect* record = link.effect->record();
-        record->processReplacing(record, channels, channels, frames);
+        float** group = channels;
+        for (const auto& instance : link.instances) {
+            AEffect* record = instance->record();
+            record->processReplacing(record, group, group, frames);
+            group += link.width;
+        }
     }
 }
 
 void Chain::finish() {
     if (!running_) return;
     running_ = false;
-    for (const Link& link : links_) link.effect->dispatch(kMainsChanged, 0, 0);
+    for (const Link& link : links_)
+        for (const auto& instance : link.instances) instance->suspend();
 }
 
 }  // namespace afx

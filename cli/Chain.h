@@ -50,12 +50,17 @@ public:
 
     std::size_t size() const { return links_.size(); }
     const std::string& identifier(std::size_t link) const { return links_[link].identifier; }
+    // Instances of the link's variant side by side, each on its own channels
+    // (1 when the variant takes all of them), and the channels each takes.
+    std::size_t instances(std::size_t link) const { return links_[link].instances.size(); }
+    unsigned width(std::size_t link) const { return links_[link].width; }
     const std::vector<AppliedParameter>& applied(std::size_t link) const { return links_[link].applied; }
 
 private:
     struct Link {
         std::string identifier;
-        std::unique_ptr<Effect> effect;
+        std::vector<std::unique_ptr<Effect>> instances;
+        unsigned width = 0;
         std::vector<AppliedParameter> applied;
     };
 
@@ -65,8 +70,9 @@ private:
     std::vector<Link> links_;
 };
 
-// The parameter of `effect` named (case and surrounding blanks ignored) or
-// numbered by `text`; UsageError listing the parameters when none matches.
+// The parameter of `effect` named (case and blanks ignored; "NAME#N" for the
+// N-th of several with one name) or numbered by `text`; UsageError listing
+// the parameters when none matches.
 int findParameter(const Effect& effect, const std::string& identifier, const std::string& text);
 
 // Display value (the parameter's units) to normalised, through the property

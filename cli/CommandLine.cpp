@@ -46,6 +46,9 @@ long parseInteger(const std::string& text, const std::string& what) {
 
 double parseDouble(const std::string& text, const std::string& what) {
     const std::string trimmed = trimBlanks(text);
+    // Decimal numbers only: strtod would also take "0x10", "inf" and "nan".
+    if (trimmed.find_first_not_of("0123456789+-.eE") != std::string::npos)
+        throw UsageError(what + " must be a number in decimal, not '" + text + "'");
     char* end = nullptr;
     errno = 0;
     const double value = std::strtod(trimmed.c_str(), &end);

@@ -41,6 +41,8 @@ std::string findDemoInput() {
         folder = folder.substr(0, folder.rfind('/'));
         const std::string candidate = folder + "/examples/" + kDemoInputName;
         if (isFile(candidate)) return candidate;
+        const std::string installed = folder + "/" AFX_INSTALLED_DATA_DIR "/" + kDemoInputName;
+        if (isFile(installed)) return installed;
     }
     const std::string source = std::string(AFX_EXAMPLES_DIR) + "/" + kDemoInputName;
     if (isFile(source)) return source;

@@ -36,23 +36,23 @@ std::string familyNames() {
 
 const std::vector<Family>& families() {
     static const std::vector<Family> table = {
-        {"volume", "Volume", false},
-        {"channel-volume", "Channel Volume", false},
-        {"mute", "Mute", false},
-        {"balance", "Balance", true},
-        {"swap-channels", "Swap Channels", true},
-        {"fill-left", "Fill Left", true},
-        {"fill-right", "Fill Right", true},
-        {"invert", "Invert", false},
-        {"highpass", "Highpass", false},
-        {"lowpass", "Lowpass", false},
-        {"bandpass", "Bandpass", false},
-        {"notch", "Bandreject", false},
-        {"parametric-eq", "Parametric EQ", false},
-        {"bass", "Bass", false},
-        {"treble", "Treble", false},
-        {"delay", "Delay", false},
-        {"multitap-delay", "Multitap Delay", false},
+        {"volume", "Volume", false, true},
+        {"channel-volume", "Channel Volume", false, false},
+        {"mute", "Mute", false, true},
+        {"balance", "Balance", true, false},
+        {"swap-channels", "Swap Channels", true, false},
+        {"fill-left", "Fill Left", true, false},
+        {"fill-right", "Fill Right", true, false},
+        {"invert", "Invert", false, true},
+        {"highpass", "Highpass", false, true},
+        {"lowpass", "Lowpass", false, true},
+        {"bandpass", "Bandpass", false, true},
+        {"notch", "Bandreject", false, true},
+        {"parametric-eq", "Parametric EQ", false, true},
+        {"bass", "Bass", false, true},
+        {"treble", "Treble", false, true},
+        {"delay", "Delay", false, true},
+        {"multitap-delay", "Multitap Delay", false, true},
     };
     return table;
 }
@@ -82,6 +82,24 @@ std::vector<unsigned> familyChannelCounts(const ModuleHost& host, const Family& 
     return counts;
 }
 
+const Family* familyOfIdentifier(const std::string& identifier) {
+    for (const Family& family : families()) {
+        if (family.stereoOnly && equalsIgnoringCase(familyIdentifier(family, 2), identifier)) return &family;
+        for (const Layout& layout : kLayouts)
+            if (!family.stereoOnly && equalsIgnoringCase(familyIdentifier(family, layout.channels), identifier))
+                return &family;
+    }
+    return nullptr;
+}
+
+const ML::VSTAudioFilterRegistry::Registration& resolveForChain(const ModuleHost& host, const std::string& text,
+                                                                unsigned channels) {
+    const Family* family = host.find(trimBlanks(text)) == nullptr ? findFamily(text) : nullptr;
+    if (family != nullptr && family->independentChannels && host.find(familyIdentifier(*family, channels)) == nullptr)
+        if (const auto* mono = host.find(familyIdentifier(*family, 1))) return *mono;
+    return resolveEffect(host, text, channels);
+}
+
 const ML::VSTAudioFilterRegistry::Registration& resolveEffect(const ModuleHost& host, const std::string& text,
                                                               unsigned channels) {
     if (const auto* registration = host.find(trimBlanks(text))) return *registration;
@@ -103,7 +121,8 @@ const ML::VSTAudioFilterRegistry::Registration& resolveEffect(const ModuleHost& 
     if (registration == nullptr)
         throw UsageError(std::string("'") + family->name + "' has no variant for " + std::to_string(wanted) +
                          " channel" + (wanted == 1 ? "" : "s") + "; it exists for " + joinCounts(counts) +
-                         " channel" + (counts.size() == 1 && counts.front() == 1 ? "" : "s"));
+                         " channel" + (counts.size() == 1 && counts.front() == 1 ? "" : "s") +
+                         (family->independentChannels ? "" : " (its channels work together, so afx cannot split them)"));
     return *registration;
 }
 

@@ -32,9 +32,6 @@ constexpr const char* kInfoHelp =
     "  --json         one JSON object instead of the text\n"
     "  --module PATH  the effects module (default: libAudioFilters.so beside afx)\n";
 
-constexpr VstInt32 kOpen = 0;
-constexpr VstInt32 kSetSampleRate = 10;
-
 struct ParameterInfo {
     int index;
     std::string name;
@@ -116,8 +113,8 @@ int infoCommand(Arguments& arguments, const std::string& defaultModule) {
     std::vector<ParameterInfo> parameters;
     for (int index = 0; index < effect->parameterCount(); ++index)
         parameters.push_back({index, {}, {}, {}, 0.0f, 0.0f, 0.0f, false, effect->getParameter(index), {}});
-    effect->dispatch(kOpen);
-    effect->dispatch(kSetSampleRate, 0, 0, nullptr, static_cast<float>(rate));
+    effect->open();
+    effect->setSampleRate(static_cast<float>(rate));
 
     ML::VSTPropertySupportMixin* properties = effect->properties();
     for (ParameterInfo& parameter : parameters) {

@@ -40,8 +40,15 @@ void Progress::update(std::int64_t framesDone) {
     const double audioSeconds = static_cast<double>(framesDone) / sampleRate_;
     const int minutes = static_cast<int>(elapsed) / 60;
     const double seconds = elapsed - minutes * 60.0;
-    std::fprintf(stderr, "\r[%s] %5.1f%%  %d:%04.1f elapsed  %.1fx real time\033[K", bar, fraction * 100.0, minutes,
-                 seconds, elapsed > 0.0 ? audioSeconds / elapsed : 0.0);
+    // What is left, at the pace so far; unknown for a stream of unknown length.
+    char left[32] = "?";
+    if (fraction > 0.0 && totalFrames_ > 0) {
+        const double remaining = elapsed * (1.0 - fraction) / fraction;
+        const int leftMinutes = static_cast<int>(remaining) / 60;
+        std::snprintf(left, sizeof left, "%d:%04.1f", leftMinutes, remaining - leftMinutes * 60.0);
+    }
+    std::fprintf(stderr, "\r[%s] %5.1f%%  %d:%04.1f elapsed, %s left  %.1fx real time\033[K", bar, fraction * 100.0,
+                 minutes, seconds, left, elapsed > 0.0 ? audioSeconds / elapsed : 0.0);
     std::fflush(stderr);
     shown_ = true;
 }
@@ -55,29 +62,52 @@ void Progress::clear() {
 
 namespace {
 
-// The largest magnitude of `samples` and `peak`; a NaN never wins. MAXPS
-// keeps its second operand unless the first is greater, which is exactly
-// "take the magnitude if it is greater": four lanes keep their own peaks and
-// the largest of them is the largest of all, in any order.
-float peakOf(const float* samples, std::int64_t frames, float peak) {
+// A float whose magnitude bits lie above the largest finite one is NaN or infinite.
+constexpr std::uint32_t kLargestFiniteBits = 0x7F7FFFFF;
+constexpr std::uint32_t kMagnitudeBits = 0x7FFFFFFF;
+
+// The largest finite magnitude of `samples` and `peak`, and the count of
+// non-finite samples added to `nonFinite`. MAXPS keeps its second operand
+// unless the first is greater, which is exactly "take the magnitude if it is
+// greater" (a NaN never is): four lanes keep their own peaks and the largest
+// of them is the largest of all, in any order. An infinity is counted and
+// then left out, so a peak is always a finite level.
+float peakOf(const float* samples, std::int64_t frames, float peak, std::uint64_t& nonFinite) {
     std::int64_t i = 0;
 #if defined(__SSE2__)
     if (frames >= 8) {
-        const __m128 magnitudeMask = _mm_castsi128_ps(_mm_set1_epi32(0x7FFFFFFF));
+        const __m128i magnitudeMask = _mm_set1_epi32(static_cast<int>(kMagnitudeBits));
+        const __m128i largestFinite = _mm_set1_epi32(static_cast<int>(kLargestFiniteBits));
         __m128 lanesA = _mm_set1_ps(peak);
         __m128 lanesB = lanesA;
+        __m128i countA = _mm_setzero_si128();
+        __m128i countB = _mm_setzero_si128();
         for (; i + 8 <= frames; i += 8) {
-            lanesA = _mm_max_ps(_mm_and_ps(_mm_loadu_ps(samples + i), magnitudeMask), lanesA);
-            lanesB = _mm_max_ps(_mm_and_ps(_mm_loadu_ps(samples + i + 4), magnitudeMask), lanesB);
+            const __m128i bitsA = _mm_and_si128(_mm_castps_si128(_mm_loadu_ps(samples + i)), magnitudeMask);
+            const __m128i bitsB = _mm_and_si128(_mm_castps_si128(_mm_loadu_ps(samples + i + 4)), magnitudeMask);
+            const __m128i wrongA = _mm_cmpgt_epi32(bitsA, largestFinite);
+            const __m128i wrongB = _mm_cmpgt_epi32(bitsB, largestFinite);
+            countA = _mm_sub_epi32(countA, wrongA);
+            countB = _mm_sub_epi32(countB, wrongB);
+            lanesA = _mm_max_ps(_mm_castsi128_ps(_mm_andnot_si128(wrongA, bitsA)), lanesA);
+            lanesB = _mm_max_ps(_mm_castsi128_ps(_mm_andnot_si128(wrongB, bitsB)), lanesB);
         }
         alignas(16) float lanes[8];
         _mm_store_ps(lanes, lanesA);
         _mm_store_ps(lanes + 4, lanesB);
         for (float lane : lanes)
             if (lane > peak) peak = lane;
+        alignas(16) std::uint32_t counts[8];
+        _mm_store_si128(reinterpret_cast<__m128i*>(counts), countA);
+        _mm_store_si128(reinterpret_cast<__m128i*>(counts + 4), countB);
+        for (std::uint32_t count : counts) nonFinite += count;
     }
 #endif
     for (; i < frames; ++i) {
+        if (!std::isfinite(samples[i])) {
+            ++nonFinite;
+            continue;
+        }
         const float magnitude = std::fabs(samples[i]);
         if (magnitude > peak) peak = magnitude;
     }
@@ -87,7 +117,13 @@ float peakOf(const float* samples, std::int64_t frames, float peak) {
 }  // namespace
 
 void PeakMeter::take(const float* const* channels, std::int64_t frames) {
-    for (std::size_t c = 0; c < peaks_.size(); ++c) peaks_[c] = peakOf(channels[c], frames, peaks_[c]);
+    for (std::size_t c = 0; c < peaks_.size(); ++c) peaks_[c] = peakOf(channels[c], frames, peaks_[c], nonFinite_[c]);
+}
+
+std::uint64_t PeakMeter::nonFiniteTotal() const {
+    std::uint64_t total = 0;
+    for (std::uint64_t count : nonFinite_) total += count;
+    return total;
 }
 
 std::string decibelsFullScale(float peak) {

@@ -25,15 +25,19 @@ private:
     Clock::time_point lastDrawn_;
 };
 
-// Peak magnitude per channel, kept while samples pass.
+// Peak magnitude and the count of NaN and infinite samples per channel,
+// kept while samples pass. A non-finite sample never counts as a peak.
 class PeakMeter {
 public:
-    explicit PeakMeter(unsigned channels) : peaks_(channels, 0.0f) {}
+    explicit PeakMeter(unsigned channels) : peaks_(channels, 0.0f), nonFinite_(channels, 0) {}
     void take(const float* const* channels, std::int64_t frames);
     const std::vector<float>& peaks() const { return peaks_; }
+    const std::vector<std::uint64_t>& nonFinite() const { return nonFinite_; }
+    std::uint64_t nonFiniteTotal() const;
 
 private:
     std::vector<float> peaks_;
+    std::vector<std::uint64_t> nonFinite_;
 };
 
 // "-4.52" or "-inf" (silence).

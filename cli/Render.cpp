@@ -4,12 +4,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "AudioFile.h"
 #include "Errors.h"
+#include "KeptQuirks.h"
 #include "ModuleHost.h"
+#include "OutputTarget.h"
 #include "Progress.h"
 #include "RenderPipeline.h"
 #include "RenderStages.h"
@@ -21,31 +25,39 @@ namespace {
 // written, and one spare so that no stage waits for a slot in the steady state.
 constexpr int kChunksInFlight = 4;
 
-// Refuses what would lose data before anything is loaded or written.
-void checkPaths(const RenderJob& job) {
-    struct stat inputStatus {};
-    if (::stat(job.input.c_str(), &inputStatus) != 0)
-        throw RunError("cannot read input '" + job.input + "': no such file");
-    struct stat outputStatus {};
-    if (::stat(job.output.c_str(), &outputStatus) == 0) {
-        if (outputStatus.st_dev == inputStatus.st_dev && outputStatus.st_ino == inputStatus.st_ino)
-            throw UsageError("INPUT and OUTPUT are the same file '" + job.output +
-                             "'; write to another file and rename it afterwards");
-        if (S_ISDIR(outputStatus.st_mode))
-            throw UsageError("OUTPUT '" + job.output + "' is a folder; name a file");
-        if (!job.overwrite)
-            throw UsageError("OUTPUT '" + job.output + "' exists; add -y to overwrite it");
-    }
+// INPUT's status, null for standard input; RunError when it is missing.
+const struct stat* inputStatus(const std::string& input, struct stat& status) {
+    if (input == "-") return nullptr;
+    if (::stat(input.c_str(), &status) != 0)
+        throw RunError("cannot read input '" + input + "': " + std::strerror(errno));
+    return &status;
 }
 
-void describe(const Chain& chain) {
+// The pipeline's buffers: the ring of chunks, the reading and writing
+// threads' interleaved frames and the integer conversion.
+void checkBufferSize(unsigned channels, std::int64_t chunkFrames) {
+    constexpr std::int64_t kAlignmentFrames = 32;  // the most a chunk's channel arrays are padded by
+    const std::int64_t interleaved = chunkFrames * channels;
+    const std::int64_t chunk = (chunkFrames + kAlignmentFrames) * channels;
+    const std::int64_t bytes = static_cast<std::int64_t>(sizeof(float)) * (chunk * kChunksInFlight + 3 * interleaved);
+    if (bytes > kMostBufferBytes)
+        throw UsageError("the buffers for " + std::to_string(chunkFrames) + " frames of " + std::to_string(channels) +
+                         " channels per chunk would take " + std::to_string(bytes >> 20) +
+                         " MB, more than afx allows (" + std::to_string(kMostBufferBytes >> 20) +
+                         " MB); choose a smaller --block or --chunk");
+}
+
+void describe(const Chain& chain, std::FILE* out) {
     for (std::size_t link = 0; link < chain.size(); ++link) {
-        std::printf("  %zu. %s", link + 1, chain.identifier(link).c_str());
+        std::fprintf(out, "  %zu. %s", link + 1, chain.identifier(link).c_str());
+        if (chain.instances(link) > 1)
+            std::fprintf(out, " x %zu (each on %u channel%s of its own)", chain.instances(link), chain.width(link),
+                         chain.width(link) == 1 ? "" : "s");
         for (const AppliedParameter& parameter : chain.applied(link))
-            std::printf("%s %s = %s%s%s", &parameter == &chain.applied(link).front() ? ":" : ",",
+            std::fprintf(out, "%s %s = %s%s%s", &parameter == &chain.applied(link).front() ? ":" : ",",
                         parameter.name.c_str(), parameter.display.c_str(), parameter.label.empty() ? "" : " ",
                         parameter.label.c_str());
-        std::printf("\n");
+        std::fprintf(out, "\n");
     }
 }
 
@@ -58,23 +70,35 @@ std::string peakList(const std::vector<float>& peaks) {
     return text;
 }
 
+std::string countList(const std::vector<std::uint64_t>& counts) {
+    std::string text;
+    for (std::uint64_t count : counts) text += (text.empty() ? "" : " ") + std::to_string(count);
+    return text;
+}
 
 }  // namespace
 
 int render(const RenderJob& job) {
-    checkPaths(job);
+    struct stat inputFileStatus {};
+    const OutputTarget target = resolveOutput(job.output, job.overwrite, inputStatus(job.input, inputFileStatus));
+    // With the audio on standard output, everything else goes to stderr.
+    std::FILE* const messages = target.isStandardOutput() ? stderr : stdout;
     ModuleHost host(job.modulePath);
     InputFile input(job.input);
     const unsigned channels = input.channels();
-    const int format = outputFormat(job.output, input.format(), job.asFloat);
-    Chain chain(host, job.effects, channels, input.sampleRate(), job.blockFrames);
-    if (job.describeChain && !job.quiet) describe(chain);
-
-    // Every buffer is made here, once: the blocks allocate nothing.
+    const FormatChoice format = chooseOutputFormat(job.output, target.kind == OutputKind::Stream, input.format(),
+                                                   job.samples, static_cast<int>(channels), input.sampleRate());
+    // Every buffer is made below, once: the blocks allocate nothing.
     const std::int64_t chunkFrames = chunkFramesFor(channels, job.blockFrames, job.chunkFrames, input.frames());
+    checkBufferSize(channels, chunkFrames);
+    Chain chain(host, job.effects, channels, input.sampleRate(), job.blockFrames);
+    if (job.describeChain && !job.quiet) describe(chain, messages);
+    for (const std::string& warning : keptQuirkWarnings(chain, input.sampleRate()))
+        std::fprintf(stderr, "afx: warning: %s\n", warning.c_str());
+
     RenderStages stages(channels, chunkFrames, job.blockFrames);
     RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
-    OutputFile output(job.output, format, channels, input.sampleRate(), chunkFrames, job.syncOutput);
+    OutputFile output(target, format.format, channels, input.sampleRate(), chunkFrames, input.tags(), job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
     const TailPlan plan = planTail(job.tailSeconds, chain, input.sampleRate());
     TailWatch tail(plan);
@@ -121,16 +145,40 @@ int render(const RenderJob& job) {
         throw RunError("input '" + job.input + "' ended after " + std::to_string(inputRead) + " of " +
                        std::to_string(input.frames()) + " frames: it is truncated or corrupt");
     chain.finish();
+    if (input.isCutOff() && job.strict)
+        throw RunError("input '" + job.input + "' is cut off: its header promises more than the file holds");
+    const std::uint64_t nonFiniteOut = stages.after().nonFiniteTotal();
+    if (nonFiniteOut > 0 && job.strict)
+        throw RunError(std::to_string(nonFiniteOut) + " output samples are NaN or infinite (per channel [" +
+                       countList(stages.after().nonFinite()) + "]); nothing written");
     output.commit();
 
     const double wall = progress.elapsedSeconds();
     const double audio = static_cast<double>(done) / input.sampleRate();
     if (!job.quiet)
-        std::printf("afx: %s: %lld frames, %u channel%s, %.3f s of audio in %.3f s (%.1fx real time); "
+        std::fprintf(messages, "afx: %s: %lld frames, %u channel%s, %.3f s of audio in %.3f s (%.1fx real time); "
                     "peak dBFS in [%s] out [%s]\n",
                     job.output.c_str(), static_cast<long long>(done), channels, channels == 1 ? "" : "s", audio, wall,
                     wall > 0.0 ? audio / wall : 0.0, peakList(stages.before().peaks()).c_str(),
                     peakList(stages.after().peaks()).c_str());
+    const bool anyNonFinite = nonFiniteOut > 0 || stages.before().nonFiniteTotal() > 0;
+    if (!job.quiet && anyNonFinite)
+        std::fprintf(messages, "afx: NaN or infinite samples in [%s] out [%s]\n",
+                     countList(stages.before().nonFinite()).c_str(), countList(stages.after().nonFinite()).c_str());
+    if (!job.quiet && !format.note.empty())
+        std::fprintf(messages, "afx: written as %s (%s)\n", describeFormat(format.format).c_str(), format.note.c_str());
+    if (input.isCutOff())
+        std::fprintf(stderr,
+                     "afx: warning: input '%s' is cut off: its header promises more than the file holds; "
+                     "rendered the %lld frames it has\n",
+                     job.input.c_str(), static_cast<long long>(inputRead));
+    if (nonFiniteOut > 0)
+        std::fprintf(stderr,
+                     "afx: warning: %llu output samples are NaN or infinite (per channel [%s])%s; --strict makes "
+                     "this an error\n",
+                     static_cast<unsigned long long>(nonFiniteOut), countList(stages.after().nonFinite()).c_str(),
+                     output.isInteger() ? ", written as silence in the integer output" : "");
+    if (!output.ownerWarning().empty()) std::fprintf(stderr, "afx: warning: %s\n", output.ownerWarning().c_str());
     if (output.clippedSamples() > 0)
         std::fprintf(stderr,
                      "afx: warning: %llu samples clipped at full scale in the integer output; lower the level "

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Chain.h"
+#include "OutputFormat.h"
 
 namespace afx {
 
@@ -16,13 +17,20 @@ struct RenderJob {
     int blockFrames = 1024;
     std::int64_t chunkFrames = 0;  // frames per file read and write; 0: about 256 KB of samples
     bool syncOutput = true;        // flush OUTPUT to the disk before it replaces anything
-    bool asFloat = false;
+    SampleRequest samples = SampleRequest::AsInput;
+    bool strict = false;  // non-finite output and a cut-off input are errors, not warnings
     bool overwrite = false;
     bool quiet = false;
     bool describeChain = false;  // print each effect and its parameters first
     double tailSeconds = -1.0;   // after the input; < 0: until quiet for chains with a delay (see Tail.h)
     std::string modulePath;
 };
+
+// The largest block and chunk afx accepts, and the most its buffers may take
+// together: checked before anything is allocated.
+inline constexpr long kMostBlockFrames = 1L << 20;
+inline constexpr long kMostChunkFrames = 1L << 24;
+inline constexpr std::int64_t kMostBufferBytes = std::int64_t{1} << 30;
 
 // Returns the exit status (0); throws UsageError or RunError.
 int render(const RenderJob& job);

@@ -1,5 +1,4 @@
 // afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]... [options]
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -14,64 +13,110 @@ namespace {
 
 constexpr const char* kRenderHelp =
     "usage: afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]...\n"
-    "                  [-e EFFECT ...]... [--block N] [--chunk N] [--tail SECONDS] [--float]\n"
-    "                  [--no-sync] [-y]\n"
-    "                  [--quiet] [--module PATH]\n"
+    "                  [-e EFFECT ...]... [--bits N | --float | --double] [--block N] [--chunk N]\n"
+    "                  [--tail SECONDS] [--strict] [--no-sync] [-y] [--quiet] [--module PATH] [--]\n"
+    "                  [INPUT OUTPUT]\n"
     "\n"
     "Reads INPUT, runs it through the effects in the order given and writes OUTPUT.\n"
     "Each effect processes in place, block after block, as a host drives it: open,\n"
     "sample rate, block size, resume, parameters, blocks (the last one shorter),\n"
-    "suspend, close. OUTPUT is written to a hidden file beside it and renamed only\n"
-    "when the render is complete, so a failed or interrupted render leaves no\n"
-    "partial file and an existing OUTPUT intact. Reading, the effects and writing\n"
-    "run side by side on separate threads, a few chunks apart.\n"
+    "suspend, close. Reading, the effects and writing run side by side on separate\n"
+    "threads, a few chunks apart. INPUT or OUTPUT '-' is standard input or output.\n"
     "\n"
     "  -e, --effect EFFECT        add an effect to the chain: an identifier from\n"
     "                             'afx list' (any case, e.g. \"Internal Highpass Stereo\")\n"
     "                             or a family name, which takes the variant for\n"
-    "                             INPUT's channel count (1, 2, 6 or 16):\n"
+    "                             INPUT's channel count (1, 2, 6 or 16; for other\n"
+    "                             counts one mono instance per channel):\n"
     "                             volume, channel-volume, mute, balance, swap-channels,\n"
     "                             fill-left, fill-right, invert, highpass, lowpass,\n"
     "                             bandpass, notch, parametric-eq, bass, treble, delay,\n"
-    "                             multitap-delay (balance, swap and fill: stereo only)\n"
+    "                             multitap-delay (balance, swap and fill: stereo only;\n"
+    "                             channel-volume: 2, 6 or 16 channels). An identifier\n"
+    "                             narrower than INPUT runs as several instances side\n"
+    "                             by side when its channels are independent\n"
     "  -p, --param NAME=VALUE     set a parameter of the effect before it, in display\n"
     "                             units (dB, Hz, seconds, %); NAME is the parameter's\n"
-    "                             name (case and blanks ignored) or its index; see\n"
-    "                             'afx info EFFECT' for names and ranges\n"
+    "                             name (case and blanks ignored, so \"delay1\" is\n"
+    "                             \"Delay 1\"; NAME#2 is the second of two parameters\n"
+    "                             with one name) or its index; decimal values only;\n"
+    "                             see 'afx info EFFECT' for names and ranges\n"
     "      --set INDEX=NORMALISED set a parameter of the effect before it to a\n"
     "                             normalised value, passed exactly as typed\n"
-    "      --block N              frames per processing call (default 1024, N >= 1)\n"
+    "      --bits 8|16|24|32      write integer samples of that many bits\n"
+    "      --float, --double      write 32-bit or 64-bit float samples\n"
+    "                             (default: INPUT's samples where OUTPUT's format\n"
+    "                             holds them, else the nearest it does, said in the\n"
+    "                             summary)\n"
+    "      --block N              frames per processing call (default 1024,\n"
+    "                             1 <= N <= 1048576)\n"
     "      --chunk N              frames per file read and write (default: about\n"
-    "                             256 KB of samples), rounded up to a whole number of\n"
-    "                             blocks; the output does not depend on it\n"
+    "                             256 KB of samples, 1 <= N <= 16777216), rounded up\n"
+    "                             to a whole number of blocks; the output does not\n"
+    "                             depend on it. The buffers may take 1 GB at most.\n"
+    "      --strict               NaN or infinite output samples and a cut-off INPUT\n"
+    "                             are errors (nothing is written), not warnings\n"
     "      --tail SECONDS         keep running the effects on silence for SECONDS after\n"
     "                             INPUT ends (0: OUTPUT is exactly as long as INPUT).\n"
     "                             Default: 0, except for chains with a delay, which run\n"
     "                             until their output has stayed below -120 dBFS for\n"
     "                             2 s (the longest echo), at most 30 s\n"
-    "      --float                write 32-bit float samples (default: INPUT's format)\n"
     "      --no-sync              do not wait for OUTPUT to reach the disk before it is\n"
-    "                             renamed (saves the final flush, which counts on slow\n"
-    "                             disks; a power cut soon after may leave OUTPUT empty\n"
-    "                             or partial). By default afx waits.\n"
-    "  -y, --overwrite            replace an existing OUTPUT\n"
-    "  -q, --quiet                no progress bar and no summary line\n"
+    "                             put in place (saves the final flush, which counts on\n"
+    "                             slow disks; a power cut soon after may leave OUTPUT\n"
+    "                             empty or partial). By default afx waits.\n"
+    "  -y, --overwrite            replace an existing OUTPUT file\n"
+    "  -q, --quiet                no chain, progress bar or summary; only warnings\n"
     "      --module PATH          the effects module (default: libAudioFilters.so\n"
     "                             beside afx)\n"
+    "      --                     the words after it are file names\n"
     "\n"
-    "OUTPUT's container follows its extension (.wav, .aiff, .flac, .caf, .w64, .au,\n"
-    ".ogg as Vorbis) or else INPUT's. Samples pass untouched: float input written\n"
-    "with --float is bit for bit what the effects produced; integer output is\n"
-    "rounded to the nearest step and clipped at full scale (a warning counts\n"
-    "clipped samples).\n"
+    "OUTPUT's format follows its extension through libsndfile's table of formats\n"
+    "(.wav, .flac, .aiff, .caf, .w64, .rf64, .au, .ogg for Vorbis, .opus, .mp3 and\n"
+    "the others it writes; an unknown extension or none is refused). Title, artist\n"
+    "and the other texts of INPUT are carried over where the format holds them.\n"
+    "Samples pass untouched: float input written as floats is bit for bit what the\n"
+    "effects produced; integer output is rounded to the nearest step and clipped at\n"
+    "full scale (a warning counts clipped samples).\n"
+    "\n"
+    "OUTPUT is written to an unnamed file in its folder and put in place only when\n"
+    "complete, so a failed or killed render leaves nothing and an existing OUTPUT\n"
+    "intact. A replaced file keeps its mode and owner; a link OUTPUT keeps the link\n"
+    "and replaces the file it names. A character device or FIFO (e.g. /dev/null)\n"
+    "is never replaced: it receives the finished file; a block device or socket is\n"
+    "refused.\n"
     "\n"
     "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
+
+// A frame count from 1 to `most`, said in the error when it lies outside.
+long frameCount(const std::string& text, const std::string& option, long most) {
+    const std::string range = option + " takes a frame count from 1 to " + std::to_string(most);
+    long frames = 0;
+    try {
+        frames = parseInteger(text, option);
+    } catch (const UsageError&) {
+        throw UsageError(range + ", not '" + text + "'");
+    }
+    if (frames < 1 || frames > most) throw UsageError(range + ", not " + text);
+    return frames;
+}
+
+SampleRequest bitsRequest(const std::string& text) {
+    const std::string bits = trimBlanks(text);
+    if (bits == "8") return SampleRequest::Bits8;
+    if (bits == "16") return SampleRequest::Bits16;
+    if (bits == "24") return SampleRequest::Bits24;
+    if (bits == "32") return SampleRequest::Bits32;
+    throw UsageError("--bits takes 8, 16, 24 or 32 (integer samples; --float and --double write floats), not '" +
+                     text + "'");
+}
 
 }  // namespace
 
 int renderCommand(Arguments& arguments, const std::string& defaultModule) {
     RenderJob job;
     job.modulePath = defaultModule;
+    job.describeChain = true;
     std::vector<std::string> paths;
     while (!arguments.done()) {
         std::string inlineValue;
@@ -91,13 +136,9 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             splitAssignment(assignment, word, request.parameter, request.value);
             job.effects.back().parameters.push_back(request);
         } else if (word == "--block" || word == "-b") {
-            const long frames = parseInteger(arguments.valueFor(word), "--block");
-            if (frames < 1 || frames > INT_MAX) throw UsageError("--block must be a frame count of at least 1");
-            job.blockFrames = static_cast<int>(frames);
+            job.blockFrames = static_cast<int>(frameCount(arguments.valueFor(word), "--block", kMostBlockFrames));
         } else if (word == "--chunk") {
-            const long frames = parseInteger(arguments.valueFor(word), "--chunk");
-            if (frames < 1 || frames > INT_MAX) throw UsageError("--chunk must be a frame count of at least 1");
-            job.chunkFrames = frames;
+            job.chunkFrames = frameCount(arguments.valueFor(word), "--chunk", kMostChunkFrames);
         } else if (word == "--tail") {
             const std::string text = arguments.valueFor(word);
             char* end = nullptr;
@@ -105,14 +146,23 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             if (text.empty() || *end != '\0' || !(seconds >= 0.0) || seconds > kLongestTailSeconds * 100.0)
                 throw UsageError("--tail must be a number of seconds, 0 or more (up to 3000)");
             job.tailSeconds = seconds;
+        } else if (word == "--bits") {
+            job.samples = bitsRequest(arguments.valueFor(word));
+        } else if (word == "--double") {
+            job.samples = SampleRequest::Double;
+        } else if (word == "--strict") {
+            job.strict = true;
         } else if (word == "--no-sync") {
             job.syncOutput = false;
         } else if (word == "--float") {
-            job.asFloat = true;
+            job.samples = SampleRequest::Float;
         } else if (word == "-y" || word == "--overwrite" || word == "--yes") {
             job.overwrite = true;
         } else if (word == "-q" || word == "--quiet") {
             job.quiet = true;
+        } else if (word == "--") {
+            // Everything after "--" is a file name, even when it starts with '-'.
+            while (!arguments.done()) paths.push_back(arguments.take());
         } else if (looksLikeOption(word)) {
             throw UsageError("unknown option '" + word + "' for render (see afx render --help)");
         } else {

@@ -1,10 +1,12 @@
 // afx: the reference host of the AudioFilters module on the command line.
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "Commands.h"
+#include "EffectNames.h"
 #include "Errors.h"
 #include "ModuleHost.h"
 #include "ValidateCommand.h"
@@ -27,13 +29,16 @@ constexpr const char* kHelp =
     "  validate [EFFECT...] [--level N] [--seed N] [--json]\n"
     "                                     checks every effect against crashes, allocation,\n"
     "                                     subnormals, non-finite output and nondeterminism\n"
+    "  help [COMMAND]                     this text, or the usage of one command\n"
     "\n"
     "options:\n"
     "  --module PATH  the effects module (default: libAudioFilters.so beside afx)\n"
-    "  -h, --help     this text; 'afx COMMAND --help' describes each command\n"
+    "  -h, --help     this text; 'afx help COMMAND' describes each command\n"
     "  --version      the program's version\n"
     "\n"
     "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
+
+constexpr const char* kCommands = "list, info, render, demo and validate";
 
 int run(std::vector<std::string> words) {
     Arguments arguments(std::move(words));
@@ -42,6 +47,11 @@ int run(std::vector<std::string> words) {
         std::string inlineValue;
         const std::string word = optionWord(arguments, inlineValue);
         if (word == "--help" || word == "-h" || word == "help") {
+            // "afx help COMMAND" is "afx COMMAND --help".
+            if (word == "help" && !arguments.done() && !looksLikeOption(arguments.peek())) {
+                const std::string command = arguments.take();
+                return run({command, "--help"});
+            }
             std::fputs(kHelp, stdout);
             return 0;
         }
@@ -59,12 +69,25 @@ int run(std::vector<std::string> words) {
             // a --module after the command still wins.
             std::vector<std::string> rest = {"--module", modulePath};
             while (!arguments.done()) rest.push_back(arguments.take());
-            return afv::runValidateCommand(rest);
+            afv::CommandStyle style;
+            style.program = "afx";
+            style.helpCommand = "afx validate --help";
+            // A family name stands for every variant of the family.
+            style.identifiersFor = [](const std::string& name) {
+                std::vector<std::string> identifiers;
+                if (const Family* family = findFamily(name))
+                    for (unsigned channels : {1u, 2u, 6u, 16u}) {
+                        const std::string identifier = familyIdentifier(*family, channels);
+                        if (!identifier.empty()) identifiers.push_back(identifier);
+                    }
+                return identifiers;
+            };
+            return afv::runValidateCommand(rest, style);
         }
         throw UsageError((looksLikeOption(word) ? "unknown option '" : "unknown command '") + word +
-                         "'; commands are list, info, render and demo (see afx --help)");
+                         "'; commands are " + kCommands + " (see afx --help)");
     }
-    throw UsageError("no command given; commands are list, info, render and demo (see afx --help)");
+    throw UsageError(std::string("no command given; commands are ") + kCommands + " (see afx --help)");
 }
 
 }  // namespace
@@ -75,8 +98,28 @@ bool takeModuleOption(const std::string& option, Arguments& arguments, std::stri
     return true;
 }
 
+namespace {
+
+// Short options that take a value ("-evolume" is "-e volume") and those that
+// do not ("-yq" is "-y -q").
+bool takesValue(char letter) { return letter == 'e' || letter == 'p' || letter == 'm' || letter == 'b'; }
+bool isFlag(char letter) { return letter == 'y' || letter == 'q' || letter == 'h'; }
+
+}  // namespace
+
 std::string optionWord(Arguments& arguments, std::string& inlineValue) {
     std::string word = arguments.take();
+    if (word.size() > 2 && word[0] == '-' && word[1] != '-' && looksLikeOption(word)) {
+        if (takesValue(word[1])) {
+            arguments.pushFront(word.substr(2));
+            return word.substr(0, 2);
+        }
+        const bool allFlags = std::all_of(word.begin() + 1, word.end(), isFlag);
+        if (allFlags) {
+            for (std::size_t i = word.size() - 1; i >= 2; --i) arguments.pushFront(std::string("-") + word[i]);
+            return word.substr(0, 2);
+        }
+    }
     const std::size_t equals = word.find('=');
     if (word.rfind("--", 0) == 0 && equals != std::string::npos) {
         inlineValue = word.substr(equals + 1);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "Numeric.h"
+#include "Opcodes.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ VstIntPtr AudioEffect::dispatchEffectClass(AEffect* e, VstInt32 opcode, VstInt32
                                            float opt) {
     if (e == nullptr || e->object == nullptr) return 0;
     auto* effect = static_cast<AudioEffect*>(e->object);
-    if (opcode == 1) {  // close: the effect ends its own life
+    if (opcode == effClose) {  // close: the effect ends its own life
         effect->dispatcher(opcode, index, value, ptr, opt);
         delete effect;
         return 1;
@@ -79,32 +80,46 @@ void AudioEffect::processClassReplacing(AEffect* e, float** inputs, float** outp
 VstIntPtr AudioEffect::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) {
     auto* text = static_cast<char*>(ptr);
     switch (opcode) {
-        case 0: open(); return 0;
-        case 1: close(); return 0;
-        case 2:
+        case effOpen: open(); return 0;
+        case effClose: close(); return 0;
+        case effSetProgram:
             // Only the upper bound is checked: a negative program passes through.
             if (value < numPrograms) setProgram(static_cast<VstInt32>(value));
             return 0;
-        case 3: return getProgram();
-        case 4: if (text != nullptr) setProgramName(text); return 0;
-        case 5: if (text != nullptr) getProgramName(text); return 0;
-        case 6: if (text != nullptr) getParameterLabel(index, text); return 0;
-        case 7: if (text != nullptr) getParameterDisplay(index, text); return 0;
-        case 8: if (text != nullptr) getParameterName(index, text); return 0;
-        case 9: return AF::truncateTo<VstIntPtr>(static_cast<double>(getVu()) * kVuScale);
-        case 10: setSampleRate(opt); return 0;
-        case 11: setBlockSize(static_cast<VstInt32>(value)); return 0;
-        case 12:
+        case effGetProgram: return getProgram();
+        case effSetProgramName:
+            if (text != nullptr) setProgramName(text);
+            return 0;
+        case effGetProgramName:
+            if (text != nullptr) getProgramName(text);
+            return 0;
+        case effGetParamLabel:
+            if (text != nullptr) getParameterLabel(index, text);
+            return 0;
+        case effGetParamDisplay:
+            if (text != nullptr) getParameterDisplay(index, text);
+            return 0;
+        case effGetParamName:
+            if (text != nullptr) getParameterName(index, text);
+            return 0;
+        case effGetVu: return AF::truncateTo<VstIntPtr>(static_cast<double>(getVu()) * kVuScale);
+        case effSetSampleRate: setSampleRate(opt); return 0;
+        case effSetBlockSize: setBlockSize(static_cast<VstInt32>(value)); return 0;
+        case effMainsChanged:
             if (value == 0) suspend();
             else resume();
             return 0;
-        case 13: return editor != nullptr && editor->getRect(static_cast<ERect**>(ptr)) ? 1 : 0;
-        case 14: return editor != nullptr && editor->open(ptr) ? 1 : 0;
-        case 15: if (editor != nullptr) editor->close(); return 0;
-        case 19: if (editor != nullptr) editor->idle(); return 0;
-        case 22: return kIdentifyAnswer;
-        case 23: return ptr != nullptr ? getChunk(static_cast<void**>(ptr), index != 0) : 0;
-        case 24: return setChunk(ptr, static_cast<VstInt32>(value), index != 0);
+        case effEditGetRect: return editor != nullptr && editor->getRect(static_cast<ERect**>(ptr)) ? 1 : 0;
+        case effEditOpen: return editor != nullptr && editor->open(ptr) ? 1 : 0;
+        case effEditClose:
+            if (editor != nullptr) editor->close();
+            return 0;
+        case effEditIdle:
+            if (editor != nullptr) editor->idle();
+            return 0;
+        case effIdentify: return kIdentifyAnswer;
+        case effGetChunk: return ptr != nullptr ? getChunk(static_cast<void**>(ptr), index != 0) : 0;
+        case effSetChunk: return setChunk(ptr, static_cast<VstInt32>(value), index != 0);
         default: return 0;  // 16-18, 20, 21 and anything unknown
     }
 }
@@ -113,7 +128,7 @@ VstIntPtr AudioEffect::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr val
 
 void AudioEffect::setParameterAutomated(VstInt32 index, float value) {
     setParameter(index, value);
-    if (audioMaster != nullptr) audioMaster(&cEffect, 0, index, 0, nullptr, value);  // automate
+    if (audioMaster != nullptr) audioMaster(&cEffect, audioMasterAutomate, index, 0, nullptr, value);
 }
 
 void AudioEffect::getProgramName(char* name) {
@@ -159,25 +174,28 @@ void AudioEffect::process(float**, float**, VstInt32) {}
 VstInt32 AudioEffect::getMasterVersion() {
     VstInt32 version = 1;
     if (audioMaster != nullptr) {
-        version = static_cast<VstInt32>(audioMaster(&cEffect, 1, 0, 0, nullptr, 0.0f));
+        version = static_cast<VstInt32>(audioMaster(&cEffect, audioMasterVersion, 0, 0, nullptr, 0.0f));
         if (version == 0) version = 1;  // an old host that does not answer
     }
     return version;
 }
 
 VstInt32 AudioEffect::getCurrentUniqueId() {
-    return audioMaster != nullptr ? static_cast<VstInt32>(audioMaster(&cEffect, 2, 0, 0, nullptr, 0.0f)) : 0;
+    return audioMaster != nullptr
+               ? static_cast<VstInt32>(audioMaster(&cEffect, audioMasterCurrentId, 0, 0, nullptr, 0.0f))
+               : 0;
 }
 
 void AudioEffect::masterIdle() {
-    if (audioMaster != nullptr) audioMaster(&cEffect, 3, 0, 0, nullptr, 0.0f);
+    if (audioMaster != nullptr) audioMaster(&cEffect, audioMasterIdle, 0, 0, nullptr, 0.0f);
 }
 
 // The host answers "pin disconnected", so the answer is negated.
 bool AudioEffect::isInputConnected(VstInt32 input) {
-    return audioMaster != nullptr ? audioMaster(&cEffect, 4, input, 0, nullptr, 0.0f) == 0 : true;
+    return audioMaster != nullptr ? audioMaster(&cEffect, audioMasterPinConnected, input, 0, nullptr, 0.0f) == 0 : true;
 }
 
 bool AudioEffect::isOutputConnected(VstInt32 output) {
-    return audioMaster != nullptr ? audioMaster(&cEffect, 4, output, 1, nullptr, 0.0f) == 0 : true;
+    return audioMaster != nullptr ? audioMaster(&cEffect, audioMasterPinConnected, output, 1, nullptr, 0.0f) == 0
+                                  : true;
 }

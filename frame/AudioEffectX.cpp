@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "Numeric.h"
+#include "Opcodes.h"
 
 const char* const hostCanDos[14] = {
     "sendVstEvents",       "sendVstMidiEvent",        "sendVstTimeInfo", "receiveVstEvents",
@@ -47,69 +48,73 @@ VstIntPtr AudioEffectX::callHost(VstInt32 opcode, VstInt32 index, VstIntPtr valu
 VstIntPtr AudioEffectX::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt) {
     auto* text = static_cast<char*>(ptr);
     switch (opcode) {
-        case 25: return processEvents(static_cast<VstEvents*>(ptr));
-        case 26: return asBool(canParameterBeAutomated(index));
-        case 27: return asBool(string2parameter(index, text));
-        case 28: return getNumCategories();
-        case 29: return asBool(getProgramNameIndexed(static_cast<VstInt32>(value), index, text));
-        case 30: return asBool(copyProgram(index));
-        case 31: inputConnected(index, value != 0); return 1;
-        case 32: outputConnected(index, value != 0); return 1;
-        case 33: return asBool(getInputProperties(index, static_cast<VstPinProperties*>(ptr)));
-        case 34: return asBool(getOutputProperties(index, static_cast<VstPinProperties*>(ptr)));
-        case 35: return getPlugCategory();
-        case 36: return reportCurrentPosition();
-        case 37: return reinterpret_cast<VstIntPtr>(reportDestinationBuffer());
-        case 38: return asBool(offlineNotify(static_cast<VstAudioFile*>(ptr), static_cast<VstInt32>(value), index != 0));
-        case 39: return asBool(offlinePrepare(static_cast<VstOfflineTask*>(ptr), static_cast<VstInt32>(value)));
-        case 40: return asBool(offlineRun(static_cast<VstOfflineTask*>(ptr), static_cast<VstInt32>(value)));
-        case 41: return asBool(processVariableIo(static_cast<VstVariableIo*>(ptr)));
-        case 42:
+        case effProcessEvents: return processEvents(static_cast<VstEvents*>(ptr));
+        case effCanBeAutomated: return asBool(canParameterBeAutomated(index));
+        case effString2Parameter: return asBool(string2parameter(index, text));
+        case effGetNumProgramCategories: return getNumCategories();
+        case effGetProgramNameIndexed: return asBool(getProgramNameIndexed(static_cast<VstInt32>(value), index, text));
+        case effCopyProgram: return asBool(copyProgram(index));
+        case effConnectInput: inputConnected(index, value != 0); return 1;
+        case effConnectOutput: outputConnected(index, value != 0); return 1;
+        case effGetInputProperties: return asBool(getInputProperties(index, static_cast<VstPinProperties*>(ptr)));
+        case effGetOutputProperties: return asBool(getOutputProperties(index, static_cast<VstPinProperties*>(ptr)));
+        case effGetPlugCategory: return getPlugCategory();
+        case effGetCurrentPosition: return reportCurrentPosition();
+        case effGetDestinationBuffer: return reinterpret_cast<VstIntPtr>(reportDestinationBuffer());
+        case effOfflineNotify:
+            return asBool(offlineNotify(static_cast<VstAudioFile*>(ptr), static_cast<VstInt32>(value), index != 0));
+        case effOfflinePrepare:
+            return asBool(offlinePrepare(static_cast<VstOfflineTask*>(ptr), static_cast<VstInt32>(value)));
+        case effOfflineRun: return asBool(offlineRun(static_cast<VstOfflineTask*>(ptr), static_cast<VstInt32>(value)));
+        case effProcessVarIo: return asBool(processVariableIo(static_cast<VstVariableIo*>(ptr)));
+        case effSetSpeakerArrangement:
             return asBool(setSpeakerArrangement(reinterpret_cast<VstSpeakerArrangement*>(value),
                                                 static_cast<VstSpeakerArrangement*>(ptr)));
-        case 43: setBlockSizeAndSampleRate(static_cast<VstInt32>(value), opt); return 1;
-        case 44: return asBool(setBypass(value != 0));
-        case 45: return asBool(getEffectName(text));
-        case 46: return asBool(getErrorText(text));
-        case 47: return asBool(getVendorString(text));
-        case 48: return asBool(getProductString(text));
-        case 49: return getVendorVersion();
-        case 50: return vendorSpecific(index, value, ptr, opt);
-        case 51: return canDo(text);
-        case 52: return getGetTailSize();
-        case 53: return fxIdle();
-        case 54: return reinterpret_cast<VstIntPtr>(getIcon());
-        case 55: return asBool(setViewPosition(index, static_cast<VstInt32>(value)));
-        case 56: return asBool(getParameterProperties(index, static_cast<VstParameterProperties*>(ptr)));
-        case 57: return keysRequired() ? 0 : 1;  // inverted on purpose: 1 means "no keys needed"
-        case 58: return getVstVersion();
-        case 59:
-        case 60: {
+        case effSetBlockSizeAndSampleRate: setBlockSizeAndSampleRate(static_cast<VstInt32>(value), opt); return 1;
+        case effSetBypass: return asBool(setBypass(value != 0));
+        case effGetEffectName: return asBool(getEffectName(text));
+        case effGetErrorText: return asBool(getErrorText(text));
+        case effGetVendorString: return asBool(getVendorString(text));
+        case effGetProductString: return asBool(getProductString(text));
+        case effGetVendorVersion: return getVendorVersion();
+        case effVendorSpecific: return vendorSpecific(index, value, ptr, opt);
+        case effCanDo: return canDo(text);
+        case effGetTailSize: return getGetTailSize();
+        case effIdle: return fxIdle();
+        case effGetIcon: return reinterpret_cast<VstIntPtr>(getIcon());
+        case effSetViewPosition: return asBool(setViewPosition(index, static_cast<VstInt32>(value)));
+        case effGetParameterProperties:
+            return asBool(getParameterProperties(index, static_cast<VstParameterProperties*>(ptr)));
+        case effKeysRequired: return keysRequired() ? 0 : 1;  // inverted on purpose: 1 means "no keys needed"
+        case effGetVstVersion: return getVstVersion();
+        case effEditKeyDown:
+        case effEditKeyUp: {
             if (editor == nullptr) return 0;
             VstKeyCode key{};
             key.character = index;
             key.virt = static_cast<unsigned char>(value);
             key.modifier = static_cast<unsigned char>(AF::truncateToInt32(opt));
-            return asBool(opcode == 59 ? editor->onKeyDown(key) : editor->onKeyUp(key));
+            return asBool(opcode == effEditKeyDown ? editor->onKeyDown(key) : editor->onKeyUp(key));
         }
-        case 61: return editor != nullptr ? asBool(editor->setKnobMode(static_cast<VstInt32>(value))) : 0;
-        case 62: return getMidiProgramName(index, static_cast<MidiProgramName*>(ptr));
-        case 63: return getCurrentMidiProgram(index, static_cast<MidiProgramName*>(ptr));
-        case 64: return getMidiProgramCategory(index, static_cast<MidiProgramCategory*>(ptr));
-        case 65: return asBool(hasMidiProgramsChanged(index));
-        case 66: return asBool(getMidiKeyName(index, static_cast<MidiKeyName*>(ptr)));
-        case 67: return asBool(beginSetProgram());
-        case 68: return asBool(endSetProgram());
-        case 69:
+        case effSetEditKnobMode:
+            return editor != nullptr ? asBool(editor->setKnobMode(static_cast<VstInt32>(value))) : 0;
+        case effGetMidiProgramName: return getMidiProgramName(index, static_cast<MidiProgramName*>(ptr));
+        case effGetCurrentMidiProgram: return getCurrentMidiProgram(index, static_cast<MidiProgramName*>(ptr));
+        case effGetMidiProgramCategory: return getMidiProgramCategory(index, static_cast<MidiProgramCategory*>(ptr));
+        case effHasMidiProgramsChanged: return asBool(hasMidiProgramsChanged(index));
+        case effGetMidiKeyName: return asBool(getMidiKeyName(index, static_cast<MidiKeyName*>(ptr)));
+        case effBeginSetProgram: return asBool(beginSetProgram());
+        case effEndSetProgram: return asBool(endSetProgram());
+        case effGetSpeakerArrangement:
             return asBool(getSpeakerArrangement(reinterpret_cast<VstSpeakerArrangement**>(value),
                                                 static_cast<VstSpeakerArrangement**>(ptr)));
-        case 70: return getNextShellPlugin(text);
-        case 71: return startProcess();
-        case 72: return stopProcess();
-        case 73: return setTotalSampleToProcess(static_cast<VstInt32>(value));
-        case 74: return asBool(setPanLaw(static_cast<VstInt32>(value), opt));
-        case 75: return beginLoadBank(static_cast<VstPatchChunkInfo*>(ptr));
-        case 76: return beginLoadProgram(static_cast<VstPatchChunkInfo*>(ptr));
+        case effShellGetNextPlugin: return getNextShellPlugin(text);
+        case effStartProcess: return startProcess();
+        case effStopProcess: return stopProcess();
+        case effSetTotalSampleToProcess: return setTotalSampleToProcess(static_cast<VstInt32>(value));
+        case effSetPanLaw: return asBool(setPanLaw(static_cast<VstInt32>(value), opt));
+        case effBeginLoadBank: return beginLoadBank(static_cast<VstPatchChunkInfo*>(ptr));
+        case effBeginLoadProgram: return beginLoadProgram(static_cast<VstPatchChunkInfo*>(ptr));
         default: return AudioEffect::dispatcher(opcode, index, value, ptr, opt);
     }
 }
@@ -125,24 +130,24 @@ void AudioEffectX::resume() {
 
 // ---- Host wrappers -------------------------------------------------------------
 
-bool AudioEffectX::beginEdit(VstInt32 index) { return callHost(43, index) != 0; }
-bool AudioEffectX::endEdit(VstInt32 index) { return callHost(44, index) != 0; }
-bool AudioEffectX::ioChanged() { return callHost(13) != 0; }
+bool AudioEffectX::beginEdit(VstInt32 index) { return callHost(audioMasterBeginEdit, index) != 0; }
+bool AudioEffectX::endEdit(VstInt32 index) { return callHost(audioMasterEndEdit, index) != 0; }
+bool AudioEffectX::ioChanged() { return callHost(audioMasterIOChanged) != 0; }
 
 double AudioEffectX::updateSampleRate() {
-    const VstIntPtr answer = callHost(16);
+    const VstIntPtr answer = callHost(audioMasterGetSampleRate);
     if (answer > 0) sampleRate = static_cast<float>(answer);
     return sampleRate;
 }
 
 VstInt32 AudioEffectX::updateBlockSize() {
-    const VstIntPtr answer = callHost(17);
+    const VstIntPtr answer = callHost(audioMasterGetBlockSize);
     if (answer > 0) blockSize = static_cast<VstInt32>(answer);
     return blockSize;
 }
 
-VstInt32 AudioEffectX::getInputLatency() { return static_cast<VstInt32>(callHost(18)); }
-VstInt32 AudioEffectX::getOutputLatency() { return static_cast<VstInt32>(callHost(19)); }
+VstInt32 AudioEffectX::getInputLatency() { return static_cast<VstInt32>(callHost(audioMasterGetInputLatency)); }
+VstInt32 AudioEffectX::getOutputLatency() { return static_cast<VstInt32>(callHost(audioMasterGetOutputLatency)); }
 
 bool AudioEffectX::getSpeakerArrangement(VstSpeakerArrangement** pluginInput, VstSpeakerArrangement** pluginOutput) {
     if (pluginInput != nullptr) *pluginInput = nullptr;
@@ -151,75 +156,103 @@ bool AudioEffectX::getSpeakerArrangement(VstSpeakerArrangement** pluginInput, Vs
 }
 
 VstTimeInfo* AudioEffectX::getTimeInfo(VstInt32 filter) {
-    return reinterpret_cast<VstTimeInfo*>(callHost(7, 0, filter));
+    return reinterpret_cast<VstTimeInfo*>(callHost(audioMasterGetTime, 0, filter));
 }
 
-VstInt32 AudioEffectX::getCurrentProcessLevel() { return static_cast<VstInt32>(callHost(23)); }
-VstInt32 AudioEffectX::getAutomationState() { return static_cast<VstInt32>(callHost(24)); }
-bool AudioEffectX::getHostVendorString(char* text) { return callHost(32, 0, 0, text) != 0; }
-bool AudioEffectX::getHostProductString(char* text) { return callHost(33, 0, 0, text) != 0; }
-VstInt32 AudioEffectX::getHostVendorVersion() { return static_cast<VstInt32>(callHost(34)); }
+VstInt32 AudioEffectX::getCurrentProcessLevel() {
+    return static_cast<VstInt32>(callHost(audioMasterGetCurrentProcessLevel));
+}
+VstInt32 AudioEffectX::getAutomationState() { return static_cast<VstInt32>(callHost(audioMasterGetAutomationState)); }
+bool AudioEffectX::getHostVendorString(char* text) { return callHost(audioMasterGetVendorString, 0, 0, text) != 0; }
+bool AudioEffectX::getHostProductString(char* text) { return callHost(audioMasterGetProductString, 0, 0, text) != 0; }
+VstInt32 AudioEffectX::getHostVendorVersion() { return static_cast<VstInt32>(callHost(audioMasterGetVendorVersion)); }
 
 VstIntPtr AudioEffectX::hostVendorSpecific(VstInt32 lArg1, VstIntPtr lArg2, void* ptrArg, float floatArg) {
-    return callHost(35, lArg1, lArg2, ptrArg, floatArg);
+    return callHost(audioMasterVendorSpecific, lArg1, lArg2, ptrArg, floatArg);
 }
 
-VstInt32 AudioEffectX::canHostDo(char* text) { return static_cast<VstInt32>(callHost(37, 0, 0, text)); }
-VstInt32 AudioEffectX::getHostLanguage() { return static_cast<VstInt32>(callHost(38)); }
+VstInt32 AudioEffectX::canHostDo(char* text) { return static_cast<VstInt32>(callHost(audioMasterCanDo, 0, 0, text)); }
+VstInt32 AudioEffectX::getHostLanguage() { return static_cast<VstInt32>(callHost(audioMasterGetLanguage)); }
 void AudioEffectX::isSynth(bool state) { setFlag(effFlagsIsSynth, state); }
 void AudioEffectX::noTail(bool state) { setFlag(effFlagsNoSoundInStop, state); }
-void* AudioEffectX::getDirectory() { return reinterpret_cast<void*>(callHost(41)); }
+void* AudioEffectX::getDirectory() { return reinterpret_cast<void*>(callHost(audioMasterGetDirectory)); }
 VstInt32 AudioEffectX::getPlugCategory() { return (cEffect.flags & effFlagsIsSynth) != 0 ? 2 : 0; }
-bool AudioEffectX::updateDisplay() { return callHost(42) != 0; }
-bool AudioEffectX::sizeWindow(VstInt32 width, VstInt32 height) { return callHost(15, width, height) != 0; }
+bool AudioEffectX::updateDisplay() { return callHost(audioMasterUpdateDisplay) != 0; }
+bool AudioEffectX::sizeWindow(VstInt32 width, VstInt32 height) {
+    return callHost(audioMasterSizeWindow, width, height) != 0;
+}
 
 bool AudioEffectX::openFileSelector(VstFileSelect* fileSelect) {
-    return fileSelect != nullptr && callHost(45, 0, 0, fileSelect) != 0;
+    return fileSelect != nullptr && callHost(audioMasterOpenFileSelector, 0, 0, fileSelect) != 0;
 }
 
 bool AudioEffectX::closeFileSelector(VstFileSelect* fileSelect) {
-    return fileSelect != nullptr && callHost(46, 0, 0, fileSelect) != 0;
+    return fileSelect != nullptr && callHost(audioMasterCloseFileSelector, 0, 0, fileSelect) != 0;
 }
 
 // The host reads the read-source flag from `index` and the option from `value`.
 bool AudioEffectX::offlineRead(VstOfflineTask* offline, VstInt32 option, bool readSource) {
-    return callHost(26, readSource ? 1 : 0, option, offline) != 0;
+    return callHost(audioMasterOfflineRead, readSource ? 1 : 0, option, offline) != 0;
 }
 
-bool AudioEffectX::offlineWrite(VstOfflineTask* offline, VstInt32 option) { return callHost(27, 0, option, offline) != 0; }
+bool AudioEffectX::offlineWrite(VstOfflineTask* offline, VstInt32 option) {
+    return callHost(audioMasterOfflineWrite, 0, option, offline) != 0;
+}
 
 bool AudioEffectX::offlineStart(VstAudioFile* ptr, VstInt32 numAudioFiles, VstInt32 numNewAudioFiles) {
-    return callHost(25, numNewAudioFiles, numAudioFiles, ptr) != 0;
+    return callHost(audioMasterOfflineStart, numNewAudioFiles, numAudioFiles, ptr) != 0;
 }
 
-VstInt32 AudioEffectX::offlineGetCurrentPass() { return static_cast<VstInt32>(callHost(28)); }
-VstInt32 AudioEffectX::offlineGetCurrentMetaPass() { return static_cast<VstInt32>(callHost(29)); }
-void AudioEffectX::wantEvents(VstInt32 filter) { callHost(6, 0, filter); }
-VstInt32 AudioEffectX::tempoAt(VstInt32 pos) { return static_cast<VstInt32>(callHost(10, 0, pos)); }
-VstInt32 AudioEffectX::getNumAutomatableParameters() { return static_cast<VstInt32>(callHost(11)); }
-VstInt32 AudioEffectX::getParameterQuantization() { return static_cast<VstInt32>(callHost(12)); }
-bool AudioEffectX::needIdle() { return callHost(14) != 0; }
-AEffect* AudioEffectX::getPreviousPlug(VstInt32 input) { return reinterpret_cast<AEffect*>(callHost(20, input)); }
-AEffect* AudioEffectX::getNextPlug(VstInt32 output) { return reinterpret_cast<AEffect*>(callHost(21, output)); }
-VstInt32 AudioEffectX::willProcessReplacing() { return static_cast<VstInt32>(callHost(22)); }
+VstInt32 AudioEffectX::offlineGetCurrentPass() {
+    return static_cast<VstInt32>(callHost(audioMasterOfflineGetCurrentPass));
+}
+VstInt32 AudioEffectX::offlineGetCurrentMetaPass() {
+    return static_cast<VstInt32>(callHost(audioMasterOfflineGetCurrentMetaPass));
+}
+void AudioEffectX::wantEvents(VstInt32 filter) { callHost(audioMasterWantMidi, 0, filter); }
+VstInt32 AudioEffectX::tempoAt(VstInt32 pos) { return static_cast<VstInt32>(callHost(audioMasterTempoAt, 0, pos)); }
+VstInt32 AudioEffectX::getNumAutomatableParameters() {
+    return static_cast<VstInt32>(callHost(audioMasterGetNumAutomatableParameters));
+}
+VstInt32 AudioEffectX::getParameterQuantization() {
+    return static_cast<VstInt32>(callHost(audioMasterGetParameterQuantization));
+}
+bool AudioEffectX::needIdle() { return callHost(audioMasterNeedIdle) != 0; }
+AEffect* AudioEffectX::getPreviousPlug(VstInt32 input) {
+    return reinterpret_cast<AEffect*>(callHost(audioMasterGetPreviousPlug, input));
+}
+AEffect* AudioEffectX::getNextPlug(VstInt32 output) {
+    return reinterpret_cast<AEffect*>(callHost(audioMasterGetNextPlug, output));
+}
+VstInt32 AudioEffectX::willProcessReplacing() {
+    return static_cast<VstInt32>(callHost(audioMasterWillReplaceOrAccumulate));
+}
 void AudioEffectX::wantAsyncOperation(bool state) { setFlag(effFlagsExtIsAsync, state); }
 void AudioEffectX::hasExternalBuffer(bool state) { setFlag(effFlagsExtHasBuffer, state); }
-void AudioEffectX::setOutputSamplerate(float samplerate) { callHost(30, 0, 0, nullptr, samplerate); }
+void AudioEffectX::setOutputSamplerate(float samplerate) {
+    callHost(audioMasterSetOutputSampleRate, 0, 0, nullptr, samplerate);
+}
 
 VstSpeakerArrangement* AudioEffectX::getInputSpeakerArrangement() {
-    return reinterpret_cast<VstSpeakerArrangement*>(callHost(49));
+    return reinterpret_cast<VstSpeakerArrangement*>(callHost(audioMasterGetInputSpeakerArrangement));
 }
 
 VstSpeakerArrangement* AudioEffectX::getOutputSpeakerArrangement() {
-    return reinterpret_cast<VstSpeakerArrangement*>(callHost(31));
+    return reinterpret_cast<VstSpeakerArrangement*>(callHost(audioMasterGetOutputSpeakerArrangement));
 }
 
-void* AudioEffectX::openWindow(void* window) { return reinterpret_cast<void*>(callHost(39, 0, 0, window)); }
-bool AudioEffectX::closeWindow(void* window) { return callHost(40, 0, 0, window) != 0; }
+void* AudioEffectX::openWindow(void* window) {
+    return reinterpret_cast<void*>(callHost(audioMasterOpenWindow, 0, 0, window));
+}
+bool AudioEffectX::closeWindow(void* window) { return callHost(audioMasterCloseWindow, 0, 0, window) != 0; }
 
-bool AudioEffectX::getChunkFile(void* nativePath) { return nativePath != nullptr && callHost(48, 0, 0, nativePath) != 0; }
+bool AudioEffectX::getChunkFile(void* nativePath) {
+    return nativePath != nullptr && callHost(audioMasterGetChunkFile, 0, 0, nativePath) != 0;
+}
 
-bool AudioEffectX::sendVstEventsToHost(VstEvents* events) { return callHost(8, 0, 0, events) == 1; }
+bool AudioEffectX::sendVstEventsToHost(VstEvents* events) {
+    return callHost(audioMasterProcessEvents, 0, 0, events) == 1;
+}
 
 // ---- Speaker arrangements --------------------------------------------------------
 

@@ -1,7 +1,7 @@
 #pragma once
 // Shared by the fuzz targets: the module's effects made through its own
-// start-up and factory (the module's sources are linked in), a quiet host
-// callback and heap buffers of exactly the size asked for, so that the
+// start-up and factory (the module's sources are linked in) with a host that
+// answers nothing, and heap buffers of exactly the size asked for, so that the
 // address sanitizer catches a single byte written or read past them.
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -11,13 +11,12 @@
 #include <memory>
 #include <vector>
 
-#include "AudioEffect.h"
 #include "ML/VSTAudioFilterRegistry.h"
-#include "Startup.h"
+#include "Opcodes.h"
+#include "module/Startup.h"
+#include "hostkit/Effect.h"
 
 namespace affuzz {
-
-inline std::intptr_t quietHost(AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*, float) { return 0; }
 
 // The registrations made by one AF::Startup call, kept for the process.
 inline const std::vector<ML::VSTAudioFilterRegistry::Registration>& registrations() {
@@ -34,14 +33,12 @@ inline const std::vector<ML::VSTAudioFilterRegistry::Registration>& registration
 inline AEffect* makeEffect(std::size_t which) {
     const auto& all = registrations();
     if (all.empty()) return nullptr;
-    const auto& registration = all[which % all.size()];
-    ML::VSTPropertySupportMixin* properties = nullptr;
-    AudioEffect* effect = registration.factory(registration.id, &quietHost, &properties);
-    return effect == nullptr ? nullptr : effect->getAeffect();
+    // The fuzzers drive the bare record: the handle lets go of it.
+    return hostkit::createEffect(all[which % all.size()], &hostkit::quietHost).release();
 }
 
 inline void closeEffect(AEffect*& effect) {
-    if (effect != nullptr) effect->dispatcher(effect, 1, 0, 0, nullptr, 0.0f);
+    if (effect != nullptr) effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
     effect = nullptr;
 }
 

@@ -7,7 +7,9 @@ namespace {
 
 // Opcodes whose `value` the frame reads as a pointer to a pointer slot
 // (speaker arrangements): the host must pass a real one.
-bool valueIsPointer(std::int32_t opcode) { return opcode == 42 || opcode == 69; }
+bool valueIsPointer(std::int32_t opcode) {
+    return opcode == effSetSpeakerArrangement || opcode == effGetSpeakerArrangement;
+}
 
 }  // namespace
 
@@ -25,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::intptr_t value = input.ConsumeBool() ? input.ConsumeIntegralInRange<std::intptr_t>(-2, 20)
                                                   : input.ConsumeIntegral<std::intptr_t>();
         float opt = input.ConsumeBool() ? affuzz::parameterFrom(input) : input.ConsumeFloatingPoint<float>();
-        if (opcode == 10 || opcode == 43) opt = affuzz::sampleRateFrom(input);
+        if (opcode == effSetSampleRate || opcode == effSetBlockSizeAndSampleRate) opt = affuzz::sampleRateFrom(input);
         // Text requests copy whole localised strings: the module trusts a host to
         // pass at least 64 bytes (the validator checks nothing goes past them).
         static const std::size_t kSizes[] = {0, 64, 256, 4096};
@@ -34,8 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         void* slots[2] = {nullptr, nullptr};
         if (valueIsPointer(opcode)) value = reinterpret_cast<std::intptr_t>(&slots[0]);
         void* ptr = buffer.data();
-        if (opcode == 69 || opcode == 42) ptr = &slots[1];
-        if (opcode == 1) {
+        if (valueIsPointer(opcode)) ptr = &slots[1];
+        if (opcode == effClose) {
             affuzz::closeEffect(effect);
             effect = affuzz::makeEffect(input.ConsumeIntegral<std::uint8_t>());
             if (effect == nullptr) return 0;

@@ -25,9 +25,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzedDataProvider input(data, size);
     AEffect* effect = affuzz::makeEffect(input.ConsumeIntegral<std::uint8_t>());
     if (effect == nullptr) return 0;
-    effect->dispatcher(effect, 0, 0, 0, nullptr, 0.0f);
-    effect->dispatcher(effect, 10, 0, 0, nullptr, affuzz::sampleRateFrom(input));
-    effect->dispatcher(effect, 12, 0, 1, nullptr, 0.0f);
+    effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.0f);
+    effect->dispatcher(effect, effSetSampleRate, 0, 0, nullptr, affuzz::sampleRateFrom(input));
+    effect->dispatcher(effect, effMainsChanged, 0, 1, nullptr, 0.0f);
     const int inputs = effect->numInputs;
     const int outputs = effect->numOutputs;
     int steps = 0;
@@ -74,13 +74,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 break;
             }
             case 5:
-                effect->dispatcher(effect, 12, 0, input.ConsumeBool() ? 1 : 0, nullptr, 0.0f);
+                effect->dispatcher(effect, effMainsChanged, 0, input.ConsumeBool() ? 1 : 0, nullptr, 0.0f);
                 break;
             case 6:
-                effect->dispatcher(effect, 10, 0, 0, nullptr, affuzz::sampleRateFrom(input));
+                effect->dispatcher(effect, effSetSampleRate, 0, 0, nullptr, affuzz::sampleRateFrom(input));
                 break;
             default:
-                effect->dispatcher(effect, 2, 0, input.ConsumeIntegralInRange<std::intptr_t>(-2, 3), nullptr, 0.0f);
+                effect->dispatcher(effect, effSetProgram, 0, input.ConsumeIntegralInRange<std::intptr_t>(-2, 3), nullptr,
+                                   0.0f);
                 break;
         }
     }

@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets with clang (outside the main g++ build) and runs
-# each for the given number of seconds.
+# Builds the libFuzzer targets with clang (a build of their own, in build-fuzz)
+# and runs each for the given number of seconds.
 #
 #   bash fuzz/run.sh [SECONDS] [TARGET...]     targets: dispatcher process strings (default: all)
 #   bash fuzz/run.sh --build-only
 #
-# The module's sources (platform, frame, module, effects) are compiled straight
-# into each target with -fsanitize=fuzzer,address,undefined. New inputs go to
-# build-fuzz/corpus/<target>; the seeds in fuzz/corpus/<target> are read only.
-# A crash leaves its input in build-fuzz/artifacts/ and makes this script fail;
-# replay it with: build-fuzz/fuzz_<target> build-fuzz/artifacts/<file>
+# The build is the project's CMake build with AF_BUILD_FUZZ (the fuzz targets
+# and the fuzzer's coverage instrumentation) and AF_SANITIZE (address and
+# undefined behaviour), so the arithmetic flags are the project's own. New
+# inputs go to build-fuzz/corpus/<target>; the seeds in fuzz/corpus/<target>
+# are read only. A crash leaves its input in build-fuzz/artifacts/ and makes
+# this script fail; replay it with: build-fuzz/fuzz_<target> build-fuzz/artifacts/<file>
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,33 +20,11 @@ if [[ ${1:-} == --build-only ]]; then build_only=1; shift; elif [[ -n ${1:-} ]];
 targets=("$@")
 [[ ${#targets[@]} -eq 0 ]] && targets=(dispatcher process strings)
 
-CXX=${CXX:-clang++}
 out=build-fuzz
-mkdir -p "$out/obj" "$out/artifacts"
-flags=(-std=c++20 -g -O1 -ffp-contract=off -fno-fast-math -fno-omit-frame-pointer
-       -fsanitize=address,undefined -fno-sanitize-recover=undefined
-       -Iplatform/include -Iframe -Imodule -I. -Ifuzz)
-
-# Compile the module's sources once; again when a source or any header is newer.
-newest_header=$(find platform frame module effects -name '*.h' -printf '%T@\n' | sort -n | tail -1)
-objects=()
-stale=()
-for source in platform/src/*.cpp frame/*.cpp module/*.cpp effects/*/*.cpp; do
-  object="$out/obj/${source//\//_}.o"
-  objects+=("$object")
-  if [[ ! -f $object ]] || [[ $source -nt $object ]] ||
-     awk -v h="$newest_header" -v o="$(stat -c %Y "$object")" 'BEGIN { exit !(h > o) }'; then
-    stale+=("$source" "$object")
-  fi
-done
-if [[ ${#stale[@]} -gt 0 ]]; then
-  printf '%s\n' "${stale[@]}" |
-    xargs -P 2 -n 2 sh -c "$CXX ${flags[*]} -fsanitize=fuzzer-no-link -c \"\$0\" -o \"\$1\""
-fi
-
-for target in "${targets[@]}"; do
-  "$CXX" "${flags[@]}" -fsanitize=fuzzer "fuzz/fuzz_$target.cpp" "${objects[@]}" -ldl -o "$out/fuzz_$target"
-done
+mkdir -p "$out/artifacts"
+CXX=${CXX:-clang++} cmake -S . -B "$out" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-g -O1" \
+  -DAF_BUILD_FUZZ=ON -DAF_SANITIZE=ON -DAF_BUILD_TESTS=OFF -DAF_BUILD_BENCH=OFF >/dev/null
+cmake --build "$out" -j2 --target "${targets[@]/#/fuzz_}"
 [[ $build_only -eq 1 ]] && exit 0
 
 # Huge sample rates are folded back by the targets; a failed allocation must

@@ -1,39 +1,27 @@
 #include "Catalog.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cctype>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <set>
-#include <climits>
-#include <unistd.h>
 
-#include "AudioEffect.h"
 #include "HostRanges.h"
 #include "Ordo/MakeStdString.h"
+#include "hostkit/Module.h"
+#include "hostkit/ModulePath.h"
 
 namespace AFBridge {
 
 namespace {
 
-// void AF::Startup(), by its mangled name.
-constexpr const char* kStartupSymbol = "_ZN2AF7StartupEv";
-constexpr const char* kModuleFile = "libAudioFilters.so";
-constexpr const char* kInstalledModule = "../audiofilters/libAudioFilters.so";
 constexpr const char* kIdentifierPrefix = "Internal ";
 constexpr const char* kVariantSuffixes[] = {" Mono", " Stereo", " 5.1", " 16 Channel"};
-constexpr std::size_t kTextSize = 256;
-
-constexpr VstInt32 kOpen = 0;
-constexpr VstInt32 kClose = 1;
-constexpr VstInt32 kSetProgram = 2;
-constexpr VstInt32 kGetParamLabel = 6;
-constexpr VstInt32 kGetParamName = 8;
-constexpr VstInt32 kSetSampleRate = 10;
-constexpr VstInt32 kSetBlockSize = 11;
 
 bool endsWith(const std::string& text, const std::string& tail) {
     return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
@@ -60,47 +48,28 @@ std::string joinedWords(const std::string& text, char separator) {
     return out;
 }
 
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
-}
-
-// The library this code lives in, as the host named it.
-std::string ownPath() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&ownPath), &info) == 0 || info.dli_fname == nullptr) return std::string();
-    return info.dli_fname;
-}
-
-// The folder holding the library this code lives in, with a trailing slash.
-std::string ownFolder() { return folderOf(ownPath()); }
-
 bool readable(const std::string& path) { return !path.empty() && access(path.c_str(), R_OK) == 0; }
 
-std::string locateModule() {
-    const char* fromEnvironment = std::getenv("AF_MODULE_PATH");
-    if (fromEnvironment != nullptr && *fromEnvironment != '\0') return fromEnvironment;
-    const std::string folder = ownFolder();
-    if (readable(folder + kModuleFile)) return folder + kModuleFile;
-    if (readable(folder + kInstalledModule)) return folder + kInstalledModule;
-    // Reached through a link or copied elsewhere (~/.ladspa, /usr/lib/ladspa):
-    // where the link leads, then the folder the build installs the module into.
+// The module as the host kit finds it (AF_MODULE_PATH, beside this library,
+// the installed layout); when none is there, a library reached through a link
+// or copied elsewhere (/usr/lib/ladspa, ~/.ladspa) looks where the link leads,
+// then in the folder the build installs the module into.
+std::string locateBridgeModule() {
+    const std::string found = hostkit::locateModule(reinterpret_cast<const void*>(&uniqueIdFor));
+    if (readable(found) || std::getenv(hostkit::kModulePathVariable) != nullptr) return found;
+    Dl_info info{};
     char resolved[PATH_MAX] = {};
-    if (realpath(ownPath().c_str(), resolved) != nullptr) {
-        const std::string real = folderOf(resolved);
-        if (readable(real + kInstalledModule)) return real + kInstalledModule;
+    if (dladdr(reinterpret_cast<void*>(&uniqueIdFor), &info) != 0 && info.dli_fname != nullptr &&
+        realpath(info.dli_fname, resolved) != nullptr) {
+        std::string folder = resolved;
+        folder.erase(folder.rfind('/') + 1);
+        const std::string installed = folder + "../audiofilters/" + hostkit::kModuleFile;
+        if (readable(installed)) return installed;
     }
 #ifdef AF_INSTALLED_MODULE
     if (readable(AF_INSTALLED_MODULE)) return AF_INSTALLED_MODULE;
 #endif
-    return folder + kInstalledModule;
-}
-
-std::string parameterText(AEffect* effect, VstInt32 opcode, unsigned index) {
-    char text[kTextSize] = {};
-    effect->dispatcher(effect, opcode, static_cast<VstInt32>(index), 0, text, 0.0f);
-    text[kTextSize - 1] = '\0';
-    return trimmed(text);
+    return found;
 }
 
 Unit unitFor(ML::VSTPropertySupportMixin::ParameterType type, const std::string& label) {
@@ -115,18 +84,18 @@ Unit unitFor(ML::VSTPropertySupportMixin::ParameterType type, const std::string&
     return label == "%" ? Unit::Percent : Unit::None;
 }
 
-Control describeControl(AEffect* effect, ML::VSTPropertySupportMixin& properties, unsigned index) {
+Control describeControl(const hostkit::Effect& effect, ML::VSTPropertySupportMixin& properties, unsigned index) {
     Control control;
     control.index = index;
-    control.name = parameterText(effect, kGetParamName, index);
-    control.label = parameterText(effect, kGetParamLabel, index);
+    control.name = trimmed(effect.parameterName(static_cast<VstInt32>(index)));
+    control.label = trimmed(effect.parameterLabel(static_cast<VstInt32>(index)));
     if (control.name.empty()) control.name = "Parameter " + std::to_string(index + 1);
     // A label that only repeats the name (Mute's) adds nothing to the port name.
     const bool showLabel = !control.label.empty() && control.name.rfind(control.label, 0) != 0;
     control.portName = showLabel ? control.name + " (" + control.label + ")" : control.name;
     control.type = properties.GetParameterType(index);
     control.unit = unitFor(control.type, control.label);
-    const float normalised = effect->getParameter(effect, static_cast<VstInt32>(index));
+    const float normalised = effect.getParameter(static_cast<VstInt32>(index));
     control.minimum = properties.GetParameterMin(index);
     control.maximum = properties.GetParameterMax(index);
     control.effectMinimum = control.minimum;
@@ -198,31 +167,14 @@ unsigned long uniqueIdFor(const std::string& identifier) {
     return 0xAF0000ul | (hash & 0xFFFFu);
 }
 
-VstIntPtr quietHost(AEffect*, VstInt32, VstInt32, VstIntPtr, void*, float) { return 0; }
-
-LiveEffect makeEffect(const Plugin& plugin, double sampleRate) {
-    LiveEffect live;
-    if (plugin.registration.factory == nullptr) return live;
-    ML::VSTPropertySupportMixin* properties = nullptr;
-    AudioEffect* made = plugin.registration.factory(plugin.registration.id, &quietHost, &properties);
-    if (made == nullptr) return live;
-    live.effect = made->getAeffect();
-    live.properties = properties;
-    live.effect->dispatcher(live.effect, kOpen, 0, 0, nullptr, 0.0f);
-    live.effect->dispatcher(live.effect, kSetSampleRate, 0, 0, nullptr, static_cast<float>(sampleRate));
-    live.effect->dispatcher(live.effect, kSetBlockSize, 0, kPlannedBlock, nullptr, 0.0f);
-    return live;
-}
-
-void closeEffect(LiveEffect& live) {
-    // The close request deletes the effect; the record is gone afterwards.
-    if (live.effect != nullptr) live.effect->dispatcher(live.effect, kClose, 0, 0, nullptr, 0.0f);
-    live.effect = nullptr;
-    live.properties = nullptr;
+hostkit::Effect makeEffect(const Plugin& plugin, double sampleRate) {
+    hostkit::Effect effect = hostkit::createEffect(plugin.registration, &hostkit::quietHost);
+    if (effect) effect.start(static_cast<float>(sampleRate), kPlannedBlock, false);
+    return effect;
 }
 
 const Catalog& Catalog::Get() {
-    static const Catalog catalog = Load(locateModule());
+    static const Catalog catalog = Load(locateBridgeModule());
     return catalog;
 }
 
@@ -231,34 +183,21 @@ Catalog Catalog::Load(const std::string& modulePath) {
     catalog.modulePath_ = modulePath;
     // The module stays loaded for the life of the process: effects made from
     // it may outlive any one plug-in instance, and its registrations name its code.
-    void* handle = dlopen(modulePath.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) {
-        const char* why = dlerror();
-        catalog.error_ = "cannot load " + modulePath + ": " + (why != nullptr ? why : "unknown error");
+    const hostkit::Module module = hostkit::Module::Load(modulePath);
+    if (!module.loaded()) {
+        catalog.error_ = module.error();
         return catalog;
     }
-    auto startup = reinterpret_cast<void (*)()>(dlsym(handle, kStartupSymbol));
-    if (startup == nullptr) {
-        catalog.error_ = modulePath + " does not export AF::Startup";
-        return catalog;
-    }
-    // Other users of the registry in this process (another bridge) may have
-    // registered already: only what this start-up call adds is ours.
-    const std::size_t before = ML::VSTAudioFilterRegistry::Registrations().size();
-    startup();
-    std::vector<ML::VSTAudioFilterRegistry::Registration> all = ML::VSTAudioFilterRegistry::Registrations();
-    std::set<std::string> seen;
-    for (std::size_t i = before < all.size() ? before : all.size(); i < all.size(); ++i) {
-        const std::string identifier = all[i].id.c_str();
-        if (!seen.insert(identifier).second) continue;
+    for (const hostkit::Registration& registration : module.registrations()) {
+        const std::string identifier = registration.id.c_str();
         Plugin plugin;
         plugin.identifier = identifier;
-        plugin.name = displayNameFor(Ordo::MakeStdString(all[i].displayName), identifier);
+        plugin.name = displayNameFor(Ordo::MakeStdString(registration.displayName), identifier);
         plugin.label = labelFor(identifier);
         plugin.slug = slugFor(identifier);
         plugin.uri = "urn:audiofilters:" + plugin.slug;
         plugin.uniqueId = uniqueIdFor(identifier);
-        plugin.registration = all[i];
+        plugin.registration = registration;
         catalog.plugins_.push_back(std::move(plugin));
     }
     catalog.describe();
@@ -269,22 +208,21 @@ Catalog Catalog::Load(const std::string& modulePath) {
 void Catalog::describe() {
     std::vector<Plugin> described;
     for (Plugin& plugin : plugins_) {
-        LiveEffect live = makeEffect(plugin, kReferenceRate);
+        const hostkit::Effect effect = makeEffect(plugin, kReferenceRate);
         // A registered identifier whose family is not built yet has no effect to offer.
-        if (live.effect == nullptr) continue;
-        plugin.inputs = live.effect->numInputs;
-        plugin.outputs = live.effect->numOutputs;
-        plugin.hasProperties = live.properties != nullptr;
-        if (live.properties != nullptr) {
+        if (!effect) continue;
+        plugin.inputs = effect.inputCount();
+        plugin.outputs = effect.outputCount();
+        plugin.hasProperties = effect.properties() != nullptr;
+        if (effect.properties() != nullptr) {
             // The defaults hosts are given are the default program's (a fresh
             // effect may hold other values until a program is chosen).
-            if (live.effect->numPrograms > 0) live.effect->dispatcher(live.effect, kSetProgram, 0, 0, nullptr, 0.0f);
-            for (VstInt32 i = 0; i < live.effect->numParams; ++i) {
-                plugin.controls.push_back(describeControl(live.effect, *live.properties, static_cast<unsigned>(i)));
+            if (effect.record()->numPrograms > 0) effect.dispatch(effSetProgram, 0, 0);
+            for (VstInt32 i = 0; i < effect.parameterCount(); ++i) {
+                plugin.controls.push_back(describeControl(effect, *effect.properties(), static_cast<unsigned>(i)));
             }
             assignSymbols(plugin.controls);
         }
-        closeEffect(live);
         described.push_back(std::move(plugin));
     }
     plugins_ = std::move(described);

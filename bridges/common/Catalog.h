@@ -1,16 +1,14 @@
 #pragma once
-// What the bridges know of the module: it is loaded the way a host application
-// loads it (dlopen, AF::Startup, the platform registry) and every registered
-// variant is described once, from a throw-away instance, in the terms plug-in
-// standards use: audio ports, and control ports in display units.
+// What the bridges know of the module: it is loaded through the host kit, the
+// way a host application loads it, and every registered variant is described
+// once, from a throw-away instance, in the terms plug-in standards use: audio
+// ports, and control ports in display units.
 //
-// Where the module is found, in this order:
-//   1. the file named by the environment variable AF_MODULE_PATH;
-//   2. libAudioFilters.so in the folder of the bridge library itself;
-//   3. ../audiofilters/libAudioFilters.so relative to that folder (the
-//      installed layout: lib/ladspa/ beside lib/audiofilters/), then the same
-//      beside the file a link leads to;
-//   4. the folder the build installs the module into (a copy in ~/.ladspa).
+// The module is the one hostkit::locateModule finds from the bridge library:
+// AF_MODULE_PATH, else beside the library, else the installed layout
+// (lib/ladspa/ beside lib/audiofilters/); a library reached through a link
+// or copied elsewhere then looks where the link leads and in the folder the
+// build installs the module into.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,6 +16,7 @@
 #include "AEffect.h"
 #include "ML/VSTAudioFilterRegistry.h"
 #include "ML/VSTPropertySupportMixin.h"
+#include "hostkit/Effect.h"
 
 namespace AFBridge {
 
@@ -101,16 +100,9 @@ std::string displayNameFor(const std::string& familyName, const std::string& ide
 unsigned long uniqueIdFor(const std::string& identifier);
 std::string trimmed(const std::string& text);
 
-// A host callback for the bridges' effects: answers 0 to everything.
-VstIntPtr quietHost(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr, float opt);
-
-// One live effect made through the registration's factory, started the way a
-// host starts one (open, rate, block size). Null members when the factory failed.
-struct LiveEffect {
-    AEffect* effect = nullptr;
-    ML::VSTPropertySupportMixin* properties = nullptr;
-};
-LiveEffect makeEffect(const Plugin& plugin, double sampleRate);
-void closeEffect(LiveEffect& live);
+// One live effect made through the registration's factory with a host that
+// answers nothing, started the way a host starts one (open, rate, block size;
+// not resumed). Empty when the factory made none.
+hostkit::Effect makeEffect(const Plugin& plugin, double sampleRate);
 
 }  // namespace AFBridge

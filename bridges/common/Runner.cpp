@@ -10,12 +10,6 @@
 
 namespace AFBridge {
 
-namespace {
-
-constexpr VstInt32 kMainsChanged = 12;
-
-}  // namespace
-
 std::unique_ptr<Runner> Runner::create(const Plugin& plugin, double sampleRate) {
     if (!(sampleRate > 0.0) || !std::isfinite(sampleRate)) return nullptr;
     std::unique_ptr<Runner> runner(new (std::nothrow) Runner(plugin));
@@ -31,12 +25,10 @@ std::unique_ptr<Runner> Runner::create(const Plugin& plugin, double sampleRate) 
     } catch (...) {
         return nullptr;
     }
-    runner->live_ = makeEffect(plugin, sampleRate);
-    if (runner->live_.effect == nullptr) return nullptr;
+    runner->effect_ = makeEffect(plugin, sampleRate);
+    if (!runner->effect_) return nullptr;
     return runner;
 }
-
-Runner::~Runner() { closeEffect(live_); }
 
 std::uint32_t Runner::portCount() const {
     return static_cast<std::uint32_t>(inputs_.size() + outputs_.size() + controls_.size());
@@ -61,12 +53,12 @@ void Runner::connect(std::uint32_t port, void* data) {
     if (index == controls_.size()) latency_ = static_cast<float*>(data);
 }
 
-void Runner::activate() { live_.effect->dispatcher(live_.effect, kMainsChanged, 0, 1, nullptr, 0.0f); }
+void Runner::activate() { effect_.resume(); }
 
-void Runner::deactivate() { live_.effect->dispatcher(live_.effect, kMainsChanged, 0, 0, nullptr, 0.0f); }
+void Runner::deactivate() { effect_.suspend(); }
 
 void Runner::applyControls() {
-    if (live_.properties == nullptr) return;
+    if (effect_.properties() == nullptr) return;
     for (std::size_t k = 0; k < controls_.size(); ++k) {
         if (controls_[k] == nullptr) continue;
         const float display = *controls_[k];
@@ -74,10 +66,9 @@ void Runner::applyControls() {
         const std::uint32_t bits = std::bit_cast<std::uint32_t>(display);
         if (applied_[k] && bits == appliedBits_[k]) continue;
         const Control& control = plugin_.controls[k];
-        const float safe = displayValueFor(control, display, *live_.properties);
-        const float normalised = live_.properties->ConvertDisplayValueToParameter(control.index, safe);
-        const unsigned index = control.index;
-        live_.effect->setParameter(live_.effect, static_cast<VstInt32>(index), normalised);
+        const float safe = displayValueFor(control, display, *effect_.properties());
+        const float normalised = effect_.properties()->ConvertDisplayValueToParameter(control.index, safe);
+        effect_.setParameter(static_cast<VstInt32>(control.index), normalised);
         appliedBits_[k] = bits;
         applied_[k] = true;
     }
@@ -125,7 +116,7 @@ void Runner::processChunk(std::uint64_t first, std::int32_t frames, bool crossed
         }
         chunk_[c] = out;
     }
-    live_.effect->processReplacing(live_.effect, chunk_.data(), chunk_.data(), frames);
+    effect_.processReplacing(chunk_.data(), frames);
 }
 
 }  // namespace AFBridge

@@ -18,7 +18,7 @@ class Runner {
 public:
     // Null when the effect cannot be made or the rate is not a positive number.
     static std::unique_ptr<Runner> create(const Plugin& plugin, double sampleRate);
-    ~Runner();  // closes the effect (request 1 deletes it)
+    // The effect handle closes the effect when the runner goes.
 
     // Port numbering shared by both bridges: inputs, then outputs, then controls;
     // LV2 adds one output after those, the latency in frames (always 0).
@@ -41,7 +41,7 @@ private:
     void processChunk(std::uint64_t first, std::int32_t frames, bool crossed);
 
     const Plugin& plugin_;
-    LiveEffect live_;
+    hostkit::Effect effect_;
     std::vector<const float*> inputs_;
     std::vector<float*> outputs_;
     std::vector<const float*> controls_;

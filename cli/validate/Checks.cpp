@@ -16,14 +16,6 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kSmallestSubnormal = std::numeric_limits<float>::denorm_min();
 
-// Dispatcher opcodes the checks send.
-constexpr std::int32_t kGetProgram = 3;
-constexpr std::int32_t kGetProgramName = 5;
-constexpr std::int32_t kGetParamLabel = 6;
-constexpr std::int32_t kGetParamDisplay = 7;
-constexpr std::int32_t kGetParamName = 8;
-constexpr std::int32_t kSetBlockSize = 11;
-
 // The values every parameter index is tried with (randoms are added per check).
 std::vector<float> extremeValues(Context& context, int randoms) {
     std::vector<float> values = {0.0f,      1.0f,       0.5f,      -1.0f, 2.0f, 1e30f, -1e30f,
@@ -71,9 +63,9 @@ bool guardedText(Context& context, Instance& fx, std::int32_t opcode, std::int32
 }
 
 bool parameterTexts(Context& context, Instance& fx, std::int32_t index) {
-    return guardedText(context, fx, kGetParamName, index, "getParameterName") &&
-           guardedText(context, fx, kGetParamLabel, index, "getParameterLabel") &&
-           guardedText(context, fx, kGetParamDisplay, index, "getParameterDisplay");
+    return guardedText(context, fx, effGetParamName, index, "getParameterName") &&
+           guardedText(context, fx, effGetParamLabel, index, "getParameterLabel") &&
+           guardedText(context, fx, effGetParamDisplay, index, "getParameterDisplay");
 }
 
 bool propertyCalls(Context& context, Instance& fx, std::int32_t index, const std::vector<float>& values) {
@@ -170,14 +162,14 @@ void checkLifecycle(Context& context) {
         context.setCase("create/open/close cycle %d of %d", cycle, kCycles);
         Instance fx(context);
         if (!fx.made()) return;
-        fx.dispatch(0);
+        fx.dispatch(effOpen);
         fx.close();
     }
     Instance fx(context);
     if (!fx.made()) return;
     Audio audio(fx.channels());
     context.setCase("open");
-    fx.dispatch(0);
+    fx.dispatch(effOpen);
     std::int64_t position = 0;
     for (float rate : kSampleRates) {
         context.setCase("sample rate %g", static_cast<double>(rate));
@@ -185,7 +177,7 @@ void checkLifecycle(Context& context) {
         for (int block : kBlockSizes) {
             context.setCase("sample rate %g, block size %d, resume/suspend between blocks", static_cast<double>(rate),
                             block);
-            fx.dispatch(kSetBlockSize, 0, block);
+            fx.dispatch(effSetBlockSize, 0, block);
             fx.resume();
             for (int repeat = 0; repeat < 2; ++repeat) {
                 if (!processInPlace(context, fx, audio, Signal::Noise, block, position)) return;
@@ -225,13 +217,13 @@ void checkParameters(Context& context) {
         if (!propertyCalls(context, fx, index, values)) return;
     }
     context.setCase("program name");
-    if (!guardedText(context, fx, kGetProgramName, 0, "getProgramName")) return;
+    if (!guardedText(context, fx, effGetProgramName, 0, "getProgramName")) return;
     const std::intptr_t programs[] = {0, 1, -1, fx.programCount()};
     for (std::intptr_t program : programs) {
         context.setCase("setProgram (opcode 2) with %ld", static_cast<long>(program));
         fx.selectProgram(program);
-        fx.dispatch(kGetProgram);
-        if (!guardedText(context, fx, kGetProgramName, 0, "getProgramName")) return;
+        fx.dispatch(effGetProgram);
+        if (!guardedText(context, fx, effGetProgramName, 0, "getProgramName")) return;
         for (int index = -1; index <= count + 1; ++index) {
             if (!parameterTexts(context, fx, index)) return;
         }

@@ -7,15 +7,13 @@
 #include <limits>
 
 #include "AllocationWatch.h"
+#include "hostkit/Effect.h"
 
 namespace afv::detail {
 namespace {
 
 char* gCrashNote = nullptr;
 std::size_t gCrashNoteSize = 0;
-
-// The validator's host: answers 0 to every request, as a minimal host does.
-std::intptr_t quietHost(AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*, float) { return 0; }
 
 // A bit pattern no effect writes by accident: a signalling NaN with a payload.
 constexpr std::uint32_t kGuardBits = 0x7FA5A5A5u;
@@ -177,7 +175,7 @@ void generate(Signal signal, Audio& audio, int frames, std::int64_t position, st
 
 Instance::Instance(Context& context) : context_(context) {
     try {
-        record_ = context.maker().make(&quietHost, &properties_);
+        record_ = context.maker().make(&hostkit::quietHost, &properties_);  // a host that answers nothing
     } catch (...) {
         record_ = nullptr;
         context.fail("making the effect threw an exception");
@@ -217,15 +215,15 @@ std::intptr_t Instance::dispatch(std::int32_t opcode, std::int32_t index, std::i
 }
 
 void Instance::start(float sampleRate, int blockSize) {
-    dispatch(0);
+    dispatch(effOpen);
     setSampleRate(sampleRate);
-    dispatch(11, 0, blockSize);
+    dispatch(effSetBlockSize, 0, blockSize);
     resume();
 }
 
 void Instance::setSampleRate(float rate) {
     sampleRate_ = rate;
-    dispatch(10, 0, 0, nullptr, rate);
+    dispatch(effSetSampleRate, 0, 0, nullptr, rate);
 }
 
 void Instance::close() {
@@ -233,7 +231,7 @@ void Instance::close() {
     AEffect* record = record_;
     record_ = nullptr;
     properties_ = nullptr;
-    record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
 }
 
 void Instance::setParameter(std::int32_t index, float value) {
@@ -327,12 +325,12 @@ bool canMake(const EffectMaker& maker) {
     ML::VSTPropertySupportMixin* properties = nullptr;
     AEffect* record = nullptr;
     try {
-        record = maker.make(&quietHost, &properties);
+        record = maker.make(&hostkit::quietHost, &properties);
     } catch (...) {
         return false;
     }
     if (record == nullptr) return false;
-    if (record->dispatcher != nullptr) record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+    if (record->dispatcher != nullptr) record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Opcodes.h"
 #include "Validator.h"
 
 namespace afv::detail {
@@ -102,15 +103,15 @@ public:
                            float opt = 0.0f);
     void start(float sampleRate, int blockSize);  // open, rate, block size, resume
     void setSampleRate(float rate);
-    void suspend() { dispatch(12, 0, 0); }
-    void resume() { dispatch(12, 0, 1); }
+    void suspend() { dispatch(effMainsChanged, 0, 0); }
+    void resume() { dispatch(effMainsChanged, 0, 1); }
     void close();
 
     void setParameter(std::int32_t index, float value);
     float getParameter(std::int32_t index);
     // Every parameter in-range at random (uniform 0..1).
     void randomInRangeParameters();
-    void selectProgram(std::intptr_t program) { dispatch(2, 0, program); }
+    void selectProgram(std::intptr_t program) { dispatch(effSetProgram, 0, program); }
     // The values the validator last set, index by index (NaN for never set).
     const std::vector<float>& parameterValues() const { return values_; }
     std::string describeParameters() const;

@@ -118,6 +118,24 @@ inline Outcome runAfx(const std::vector<std::string>& arguments) {
     return outcome;
 }
 
+// True once process `child` holds a file open in `folder` (named or not):
+// the render has begun writing there.
+inline bool holdsFileIn(pid_t child, const std::string& folder) {
+    const std::string descriptors = "/proc/" + std::to_string(child) + "/fd";
+    bool found = false;
+    if (DIR* listing = ::opendir(descriptors.c_str())) {
+        while (const dirent* entry = ::readdir(listing)) {
+            char target[4096] = {};
+            const std::string link = descriptors + "/" + entry->d_name;
+            const ssize_t length = ::readlink(link.c_str(), target, sizeof target - 1);
+            if (length > 0 && std::string(target, static_cast<std::size_t>(length)).rfind(folder + "/", 0) == 0)
+                found = true;
+        }
+        ::closedir(listing);
+    }
+    return found;
+}
+
 inline std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> result;
     std::stringstream stream(text);

@@ -467,7 +467,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommand{"identifier for another channel count", {"render", "MONO", "OUT", "-e", "test gain stereo",
                                                             "--module", kModule}, 2, "takes 2 channel(s)"},
         BadCommand{"float into a container without floats", {"render", "IN", "FLACOUT", "-e", "test gain stereo",
-                                                              "--float", "--module", kModule}, 2, "cannot write"},
+                                                              "--float", "--module", kModule}, 2, "cannot hold"},
         BadCommand{"info without effect", {"info", "--module", kModule}, 2, "needs an EFFECT"},
         BadCommand{"info with a bad rate", {"info", "test gain stereo", "--rate", "fast", "--module", kModule}, 2,
                    "--rate"}),
@@ -490,10 +490,11 @@ INSTANTIATE_TEST_SUITE_P(
                    1, "makes no instance"}),
     NameFromWhy());
 
-// A render stopped by SIGINT or SIGTERM leaves no partial output, no
-// temporary file, and an existing OUTPUT exactly as it was.
+// A render stopped by SIGINT, SIGTERM or SIGKILL (which gives afx no
+// chance to clean up) leaves no partial output, no temporary file, and an
+// existing OUTPUT exactly as it was.
 TEST(AfxRender, InterruptionLeavesNoPartialFile) {
-    for (int signalNumber : {SIGINT, SIGTERM}) {
+    for (int signalNumber : {SIGINT, SIGTERM, SIGKILL}) {
         ScratchFolder folder;
         // 3 s of mono at 8 kHz in blocks of 64 frames: the stand-in sleeps 20 ms a block, so about 7 s.
         writeFloatWav(folder.file("in.wav"), 1, 8000, std::vector<float>(24000, 0.5f));
@@ -504,11 +505,11 @@ TEST(AfxRender, InterruptionLeavesNoPartialFile) {
                                                    "test slow mono", "--block", "64"}),
                                          logs);
             ASSERT_GT(child, 0);
-            // Wait until the temporary output exists, so the signal lands mid-render.
+            // Wait until afx writes its output, so the signal lands mid-render.
             bool rendering = false;
             for (int tries = 0; tries < 200 && !rendering; ++tries) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
-                for (const std::string& name : folder.entries()) rendering |= name.rfind(".", 0) == 0;
+                rendering = holdsFileIn(child, folder.path());
             }
             EXPECT_TRUE(rendering);
             ::kill(child, signalNumber);

@@ -240,9 +240,9 @@ TEST(Interleave, MovesEverySampleToItsPlace) {
 
 namespace {
 
-// The meter keeps, per channel, the largest magnitude seen; NaNs never win,
-// infinities do. The expected peaks come from a plain loop written here, over
-// every length from 0 to 40 so the vector loop's tails are all covered.
+// The meter keeps, per channel, the largest finite magnitude seen and counts
+// the NaNs and infinities. The expected values come from a plain loop written
+// here, over every length from 0 to 40 so the vector loop's tails are all covered.
 TEST(PeakMeter, LargestMagnitudePerChannel) {
     std::uint32_t state = 7;
     auto next = [&state] {
@@ -267,10 +267,17 @@ TEST(PeakMeter, LargestMagnitudePerChannel) {
             meter.take(pointers.data(), frames / 2);  // a second call only re-sees samples
             for (std::size_t c = 0; c < planes.size(); ++c) {
                 float expected = 0.0f;
-                for (float sample : planes[c]) {
+                std::uint64_t nonFinite = 0;
+                for (std::size_t i = 0; i < planes[c].size(); ++i) {
+                    const float sample = planes[c][i];
                     const float magnitude = sample < 0.0f ? -sample : sample;
-                    if (!std::isnan(magnitude) && magnitude > expected) expected = magnitude;
+                    if (std::isnan(magnitude) || std::isinf(magnitude)) {
+                        nonFinite += 1 + (i < static_cast<std::size_t>(frames / 2) ? 1 : 0);
+                        continue;
+                    }
+                    if (magnitude > expected) expected = magnitude;
                 }
+                EXPECT_EQ(meter.nonFinite()[c], nonFinite) << frames << " frames, trial " << trial;
                 ASSERT_EQ(std::bit_cast<std::uint32_t>(meter.peaks()[c]), std::bit_cast<std::uint32_t>(expected))
                     << frames << " frames, trial " << trial << ", channel " << c;
             }

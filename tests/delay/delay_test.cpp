@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Opcodes.h"
 #include "module/VariantTable.h"
 #include "tests/delay/DelayTestSupport.h"
 
@@ -374,7 +375,7 @@ TYPED_TEST(DelayVariant, DelayTimeChangeMovesOnlyTheReadPosition) {
 
 std::vector<std::pair<VstInt32, float>> automated;
 VstIntPtr recordAutomation(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*, float opt) {
-    if (opcode == 0) automated.emplace_back(index, opt);
+    if (opcode == audioMasterAutomate) automated.emplace_back(index, opt);
     return 0;
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "AudioEffect.h"
+#include "Opcodes.h"
 #include "module/VariantTable.h"
 #include "support/ReferenceVectors.h"
 
@@ -44,10 +45,10 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
     AudioEffect* effect = AF::createVariant(vector.family, vector.channels, nullptr);
     ASSERT_NE(effect, nullptr);
     AEffect* record = effect->getAeffect();
-    record->dispatcher(record, 0, 0, 0, nullptr, 0.0f);
-    record->dispatcher(record, 10, 0, 0, nullptr, sampleRate);
-    record->dispatcher(record, 11, 0, blockSize, nullptr, 0.0f);
-    record->dispatcher(record, 12, 0, 1, nullptr, 0.0f);
+    record->dispatcher(record, effOpen, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effSetSampleRate, 0, 0, nullptr, sampleRate);
+    record->dispatcher(record, effSetBlockSize, 0, blockSize, nullptr, 0.0f);
+    record->dispatcher(record, effMainsChanged, 0, 1, nullptr, 0.0f);
 
     std::size_t start = 0;
     int mismatches = 0;
@@ -75,8 +76,8 @@ TEST_P(DelayReferenceVectors, MatchBitForBit) {
     }
     EXPECT_EQ(mismatches, 0);
     EXPECT_EQ(start, want[0].size());
-    record->dispatcher(record, 12, 0, 0, nullptr, 0.0f);
-    record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);  // close deletes the effect
+    record->dispatcher(record, effMainsChanged, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);  // close deletes the effect
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -13,10 +13,12 @@
 #include <vector>
 
 #include "CutFilterReference.h"
+#include "Opcodes.h"
 #include "effects/filters/Bandpass.h"
 #include "effects/filters/Bandreject.h"
 #include "effects/filters/Highpass.h"
 #include "effects/filters/Lowpass.h"
+#include "support/Bits.h"
 
 namespace cuttest {
 
@@ -68,11 +70,11 @@ struct Record {
     void process(float** in, float** out, VstInt32 n) { e->process(e, in, out, n); }
     void setParameter(VstInt32 i, float v) { e->setParameter(e, i, v); }
     float getParameter(VstInt32 i) { return e->getParameter(e, i); }
-    void setSampleRate(float rate) { e->dispatcher(e, 10, 0, 0, nullptr, rate); }
-    void suspend() { e->dispatcher(e, 12, 0, 0, nullptr, 0.0f); }
-    void resume() { e->dispatcher(e, 12, 0, 1, nullptr, 0.0f); }
-    void setProgram(VstIntPtr p) { e->dispatcher(e, 2, 0, p, nullptr, 0.0f); }
-    VstIntPtr getProgram() { return e->dispatcher(e, 3, 0, 0, nullptr, 0.0f); }
+    void setSampleRate(float rate) { e->dispatcher(e, effSetSampleRate, 0, 0, nullptr, rate); }
+    void suspend() { e->dispatcher(e, effMainsChanged, 0, 0, nullptr, 0.0f); }
+    void resume() { e->dispatcher(e, effMainsChanged, 0, 1, nullptr, 0.0f); }
+    void setProgram(VstIntPtr p) { e->dispatcher(e, effSetProgram, 0, p, nullptr, 0.0f); }
+    VstIntPtr getProgram() { return e->dispatcher(e, effGetProgram, 0, 0, nullptr, 0.0f); }
     // Name (8), label (6), display (7) or program name (5) into a buffer of
     // 'x' characters, so a call that writes nothing is visible.
     std::string text(VstInt32 opcode, VstInt32 index) {
@@ -85,7 +87,7 @@ struct Record {
     std::string name(VstInt32 i) { return text(8, i); }
     std::string label(VstInt32 i) { return text(6, i); }
     std::string display(VstInt32 i) { return text(7, i); }
-    void close() { e->dispatcher(e, 1, 0, 0, nullptr, 0.0f); }
+    void close() { e->dispatcher(e, effClose, 0, 0, nullptr, 0.0f); }
 };
 
 struct Buffers {
@@ -122,7 +124,7 @@ inline Buffers taggedSignal(unsigned channels, std::size_t frames, std::uint32_t
     return b;
 }
 
-inline std::uint32_t bits(float v) { return std::bit_cast<std::uint32_t>(v); }
+using aftest::bits;
 // Exact comparison by bit pattern (so -0 and +0 differ, as the offset rule
 // makes them); any NaN matches any NaN.
 inline bool sameFloat(float a, float b) { return (std::isnan(a) && std::isnan(b)) || bits(a) == bits(b); }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "EqReference.h"
+#include "Opcodes.h"
 #include "effects/filters/Bass.h"
 #include "effects/filters/ParametricEQ.h"
 #include "effects/filters/Treble.h"
@@ -87,7 +88,7 @@ struct HostLog {
 };
 inline HostLog* gHostLog = nullptr;
 inline VstIntPtr recordingHost(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*, float opt) {
-    if (opcode == 0 && gHostLog != nullptr) gHostLog->automated.emplace_back(index, opt);
+    if (opcode == audioMasterAutomate && gHostLog != nullptr) gHostLog->automated.emplace_back(index, opt);
     return 0;
 }
 
@@ -95,7 +96,7 @@ inline VstIntPtr recordingHost(AEffect*, VstInt32 opcode, VstInt32 index, VstInt
 class Rig {
 public:
     explicit Rig(AudioEffect* effect) : effect_(effect), record_(effect->getAeffect()) {}
-    ~Rig() { record_->dispatcher(record_, 1, 0, 0, nullptr, 0.0f); }
+    ~Rig() { record_->dispatcher(record_, effClose, 0, 0, nullptr, 0.0f); }
     Rig(const Rig&) = delete;
     Rig& operator=(const Rig&) = delete;
 
@@ -105,10 +106,10 @@ public:
         return *dynamic_cast<ML::VSTPropertySupportMixin*>(effect_);
     }
 
-    void setSampleRate(float rate) { record_->dispatcher(record_, 10, 0, 0, nullptr, rate); }
-    void suspend() { record_->dispatcher(record_, 12, 0, 0, nullptr, 0.0f); }
-    void resume() { record_->dispatcher(record_, 12, 0, 1, nullptr, 0.0f); }
-    void setProgram(VstIntPtr program) { record_->dispatcher(record_, 2, 0, program, nullptr, 0.0f); }
+    void setSampleRate(float rate) { record_->dispatcher(record_, effSetSampleRate, 0, 0, nullptr, rate); }
+    void suspend() { record_->dispatcher(record_, effMainsChanged, 0, 0, nullptr, 0.0f); }
+    void resume() { record_->dispatcher(record_, effMainsChanged, 0, 1, nullptr, 0.0f); }
+    void setProgram(VstIntPtr program) { record_->dispatcher(record_, effSetProgram, 0, program, nullptr, 0.0f); }
     void setParameter(int index, float value) { record_->setParameter(record_, index, value); }
     float getParameter(int index) { return record_->getParameter(record_, index); }
     std::string display(int index) { return text(7, index); }

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "EqResponse.h"
+#include "support/Bits.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ using namespace eqtest;
 
 // Exact floats are compared as bit patterns: the module promises bit-identical
 // arithmetic, and a tolerance would hide a misplaced rounding.
-std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 void expectSameDesign(const AF::PeakingDesign& actual, const eqref::Peaking& expected) {
     EXPECT_TRUE(sameSample(actual.c0, expected.c0)) << actual.c0 << " vs " << expected.c0;

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "tests/frame/RecordingEffect.h"
+#include "Opcodes.h"
 
 using namespace frame_test;
 
@@ -105,7 +106,7 @@ TEST(FrameRecord, DispatcherTrampolineForwardsEverything) {
     AEffect* e = effect.getAeffect();
     effect.answers["vendorSpecific"] = -77;
     char data[4] = {};
-    EXPECT_EQ(e->dispatcher(e, 50, 9, -3, data, 0.75f), -77);
+    EXPECT_EQ(e->dispatcher(e, effVendorSpecific, 9, -3, data, 0.75f), -77);
     ASSERT_EQ(effect.calls.size(), 1u);
     EXPECT_EQ(effect.calls[0], call("vendorSpecific", {9, -3}, {data}, {0.75f}));
 }
@@ -150,7 +151,7 @@ TEST(FrameRecord, EntryPointsIgnoreARecordWithoutObject) {
     orphan.processReplacing(&orphan, channels, channels, 2);
     orphan.setParameter(&orphan, 0, 1.0f);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(orphan.getParameter(&orphan, 0)), 0u);
-    EXPECT_EQ(orphan.dispatcher(nullptr, 0, 0, 0, nullptr, 0.0f), 0);
+    EXPECT_EQ(orphan.dispatcher(nullptr, effOpen, 0, 0, nullptr, 0.0f), 0);
     EXPECT_TRUE(effect.calls.empty());
 }
 
@@ -163,7 +164,7 @@ TEST(FrameRecord, CloseThroughTheRecordClosesAndDeletes) {
     auto* editor = new TestEditor();
     effect->setEditor(editor);
     int editorsBefore = editorsDestroyed();
-    EXPECT_EQ(e->dispatcher(e, 1, 0, 0, nullptr, 0.0f), 1);
+    EXPECT_EQ(e->dispatcher(e, effClose, 0, 0, nullptr, 0.0f), 1);
     EXPECT_EQ(effectsDestroyed(), before + 1);
     EXPECT_EQ(editorsDestroyed(), editorsBefore + 1);
 }
@@ -183,7 +184,7 @@ TEST(FrameRecord, CloseRunsBeforeDestruction) {
     std::string trace;
     auto* effect = new CloseOrderEffect(&trace);
     AEffect* e = effect->getAeffect();
-    EXPECT_EQ(e->dispatcher(e, 1, 0, 0, nullptr, 0.0f), 1);
+    EXPECT_EQ(e->dispatcher(e, effClose, 0, 0, nullptr, 0.0f), 1);
     EXPECT_EQ(trace, "close;destroyed;");
 }
 
@@ -191,7 +192,7 @@ TEST(FrameRecord, CloseThroughTheDispatcherMethodDoesNotDelete) {
     int before = effectsDestroyed();
     {
         RecordingEffect effect;
-        EXPECT_EQ(effect.dispatcher(1, 0, 0, nullptr, 0.0f), 0);
+        EXPECT_EQ(effect.dispatcher(effClose, 0, 0, nullptr, 0.0f), 0);
         ASSERT_EQ(effect.calls.size(), 1u);
         EXPECT_EQ(effect.calls[0], call("close"));
         EXPECT_EQ(effectsDestroyed(), before);

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tests/frame/RecordingEffect.h"
+#include "Opcodes.h"
 
 using namespace frame_test;
 
@@ -315,7 +316,7 @@ TEST_F(FrameHostWrappers, ResumeOfAPlainEffectDoesNotAskForEvents) {
     PlainEffect effect(&RecordingHost::callback);
     RecordingHost::reset(1);
     effect.resume();
-    effect.dispatcher(12, 0, 1, nullptr, 0.0f);
+    effect.dispatcher(effMainsChanged, 0, 1, nullptr, 0.0f);
     EXPECT_TRUE(host().calls.empty());
 }
 
@@ -326,7 +327,7 @@ TEST_F(FrameHostWrappers, ResumeAsksForEventsWhenTheEffectReceivesMidi) {
     EXPECT_EQ(effect.questions[0], "receiveVstMidiEvent");
     expectOneRequest(effect.getAeffect(), 6, 0, 1, nullptr, 0.0f);
     // Through the dispatcher too.
-    effect.dispatcher(12, 0, 1, nullptr, 0.0f);
+    effect.dispatcher(effMainsChanged, 0, 1, nullptr, 0.0f);
     expectOneRequest(effect.getAeffect(), 6, 0, 1, nullptr, 0.0f);
 }
 
@@ -350,7 +351,7 @@ TEST_F(FrameHostWrappers, ASynthAlwaysAsksForEvents) {
 TEST_F(FrameHostWrappers, SuspendAsksNothing) {
     CapableEffect effect(&RecordingHost::callback, 1);
     effect.suspend();
-    effect.dispatcher(12, 0, 0, nullptr, 0.0f);
+    effect.dispatcher(effMainsChanged, 0, 0, nullptr, 0.0f);
     EXPECT_TRUE(effect.questions.empty());
     EXPECT_TRUE(host().calls.empty());
 }

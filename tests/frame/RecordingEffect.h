@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "frame/AudioEffectX.h"
+#include "frame/Opcodes.h"
 
 namespace frame_test {
 
@@ -399,7 +400,7 @@ struct RecordingHost {
     static VstIntPtr callback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                               float opt) {
         instance().calls.push_back(HostCall{effect, opcode, index, value, ptr, opt});
-        if (opcode == 37 && ptr != nullptr) instance().textSeen = static_cast<const char*>(ptr);
+        if (opcode == audioMasterCanDo && ptr != nullptr) instance().textSeen = static_cast<const char*>(ptr);
         return instance().answer;
     }
 };

@@ -241,7 +241,7 @@ TEST(DisplayTextsRandom, EveryFamilyDisplaysAndConvertsAsDefined) {
                 for (int i = 0; i < kInputsPerParameterAndRate; ++i) {
                     const float p = inputs.next(0.0f, 1.0f);
                     fx->setParameter(index, p);
-                    const std::string gotText = fx->text(aftest::kGetParamDisplay, index, kUntouched);
+                    const std::string gotText = fx->text(effGetParamDisplay, index, kUntouched);
                     const auto wantText = mapping->display(p, rate);
                     display.record(gotText == expectedText(wantText), describe(p) + atRate + ": got \"" + gotText +
                                                                           "\", want " + describe(wantText));

@@ -52,9 +52,9 @@ TEST(FamilyShape, ParameterNameWithAnInvalidIndexLeavesTheBufferUntouched) {
     ASSERT_TRUE(fx);
     const int numParams = fx->effect()->numParams;
     for (int index : {numParams, numParams + 1, -1, std::numeric_limits<int>::min()}) {
-        EXPECT_EQ(fx->text(aftest::kGetParamName, index, "host text"), "host text") << index;
+        EXPECT_EQ(fx->text(effGetParamName, index, "host text"), "host text") << index;
     }
-    EXPECT_NE(fx->text(aftest::kGetParamName, 0, "host text"), "host text");
+    EXPECT_NE(fx->text(effGetParamName, 0, "host text"), "host text");
 }
 
 TEST(FamilyShape, ProgramZeroRestoresEveryDefault) {
@@ -67,7 +67,7 @@ TEST(FamilyShape, ProgramZeroRestoresEveryDefault) {
     for (int i = 0; i < numParams; ++i) fx->setParameter(i, 0.123f);
     fx->clearCalls();
     fx->setProgram(0);
-    const auto automated = fx->callsWithOpcode(aftest::kHostAutomate);
+    const auto automated = fx->callsWithOpcode(audioMasterAutomate);
     ASSERT_EQ(automated.size(), static_cast<std::size_t>(numParams));
     for (int i = 0; i < numParams; ++i) {
         EXPECT_EQ(fx->getParameter(i), defaults[i]) << i;

@@ -112,7 +112,7 @@ void expectTable(const std::vector<aftest::Registration>& registrations, std::si
 TEST(Startup, ModuleLoadsAndExportsStartup) {
     const LoadedModule& module = LoadedModule::Get();
     ASSERT_TRUE(module.loaded()) << module.error();
-    EXPECT_NE(dlsym(module.handle(), "_ZN2AF8ShutdownEv"), nullptr);
+    EXPECT_NE(module.module().shutdownEntry(), nullptr);
     ASSERT_NE(module.factory(), nullptr);
 }
 
@@ -132,7 +132,7 @@ TEST(Startup, EachCallRegistersAgainAndShutdownUnregistersNothing) {
     LoadedModule::Get().callShutdown();
     EXPECT_EQ(ML::VSTAudioFilterRegistry::Registrations().size(), 55u);
     // A second start-up without clearing appends the same 55 again.
-    reinterpret_cast<void (*)()>(dlsym(LoadedModule::Get().handle(), "_ZN2AF7StartupEv"))();
+    LoadedModule::Get().module().startupEntry()();
     const auto registrations = ML::VSTAudioFilterRegistry::Registrations();
     ASSERT_EQ(registrations.size(), 110u);
     expectTable(registrations, 55);
@@ -165,7 +165,7 @@ TEST(Factory, IdentifierMadeElsewhereFindsItsEffect) {
     EXPECT_EQ(record->uniqueID, 0x41456E36);  // AEn6
     EXPECT_EQ(record->numOutputs, 6);
     EXPECT_NE(properties, nullptr);
-    EXPECT_EQ(record->dispatcher(record, 1, 0, 0, nullptr, 0.0f), 1);
+    EXPECT_EQ(record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f), 1);
 }
 
 TEST(Factory, UnknownIdentifierGivesNullAndNull) {
@@ -193,7 +193,7 @@ TEST(Factory, NullPropertiesPointerIsTolerated) {
     ASSERT_NE(effect, nullptr);
     AEffect* record = effect->getAeffect();
     EXPECT_EQ(record->uniqueID, 0x41456E32);  // AEn2
-    record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
 }
 
 TEST(Factory, NoIdentifierCreatesAFourChannelVariant) {
@@ -210,7 +210,7 @@ TEST(Factory, NoIdentifierCreatesAFourChannelVariant) {
         EXPECT_NE(record->numInputs, 4) << r.id.c_str();
         EXPECT_NE(record->numOutputs, 4) << r.id.c_str();
         EXPECT_EQ(record->numOutputs, kExpected[i].channels) << r.id.c_str();
-        record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+        record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
     }
     EXPECT_EQ(built, 55);  // every registered identifier makes its effect
 }
@@ -226,7 +226,7 @@ TEST(Factory, InvertStereoHasNoPropertyInterface) {
     AEffect* record = effect->getAeffect();
     EXPECT_EQ(record->uniqueID, 0x41496E32);  // AIn2
     EXPECT_EQ(record->numOutputs, 2);
-    record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
 }
 
 // In process, through the factory linked into the test program: the class is
@@ -239,7 +239,7 @@ TEST(Factory, VolumeFiveOneIsAnEnvelope6WithItsPropertyInterface) {
     EXPECT_NE(envelope, nullptr);
     EXPECT_EQ(properties, static_cast<ML::VSTPropertySupportMixin*>(envelope));
     AEffect* record = effect->getAeffect();
-    record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
 }
 
 TEST(Factory, InProcessEachVolumeIdentifierMakesItsClass) {

@@ -13,14 +13,16 @@
 #include <vector>
 
 #include "AEffect.h"
+#include "Opcodes.h"
 #include "plinth/config/Localizer.h"
+#include "support/Bits.h"
 
 namespace level_test {
 
 // Exact float comparisons go through the bit pattern: a gain of 1 must leave
 // every sample bit-identical, -0.0 must stay distinct from +0.0, and NaNs must
 // compare equal to themselves.
-inline std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 // The frame counts every processing test runs through: empty, single, short of
 // one unrolled pass, one pass, one pass plus a remainder, and a host block.
@@ -97,16 +99,16 @@ inline std::vector<AutomateReport>& automateReports() {
 }
 
 inline VstIntPtr recordingHost(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*, float opt) {
-    if (opcode == 0) automateReports().push_back({index, opt});
+    if (opcode == audioMasterAutomate) automateReports().push_back({index, opt});
     return 0;
 }
 
-// Owns an effect the way a host does: through its record, closed with opcode 1.
+// Owns an effect the way a host does: through its record, closed with effClose.
 class HostedEffect {
 public:
     explicit HostedEffect(AEffect* record) : record_(record) {}
     ~HostedEffect() {
-        if (record_ != nullptr) record_->dispatcher(record_, 1, 0, 0, nullptr, 0.0f);
+        if (record_ != nullptr) record_->dispatcher(record_, effClose, 0, 0, nullptr, 0.0f);
     }
     HostedEffect(const HostedEffect&) = delete;
     HostedEffect& operator=(const HostedEffect&) = delete;
@@ -133,12 +135,6 @@ public:
 private:
     AEffect* record_;
 };
-
-// Dispatcher opcodes of the text requests.
-inline constexpr VstInt32 kGetProgramName = 5;
-inline constexpr VstInt32 kGetParamLabel = 6;
-inline constexpr VstInt32 kGetParamDisplay = 7;
-inline constexpr VstInt32 kGetParamName = 8;
 
 // A text request's answer, from a buffer pre-filled with a marker so that "the
 // buffer is left untouched" can be told from "an empty string was written".

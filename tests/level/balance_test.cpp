@@ -89,10 +89,10 @@ TEST_F(BalanceTest, FirstBufferPassesBothChannelsAtUnity) {
 TEST_F(BalanceTest, QuarterAndThreeQuarterPositions) {
     host.setParameter(0, 0.25f);
     expectReplacing({1.0f, 0.5f}, "0.25");
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamDisplay, 0).text(), "-50.0000");
+    EXPECT_EQ(TextAnswer(host, effGetParamDisplay, 0).text(), "-50.0000");
     host.setParameter(0, 0.75f);
     expectReplacing({0.5f, 1.0f}, "0.75");
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamDisplay, 0).text(), "50.00000");
+    EXPECT_EQ(TextAnswer(host, effGetParamDisplay, 0).text(), "50.00000");
 }
 
 TEST_F(BalanceTest, EndsSilenceTheOtherSide) {
@@ -163,7 +163,7 @@ TEST_F(BalanceTest, DisplayValueAboveTheRangeInvertsTheLeftChannel) {
     EXPECT_EQ(bits(balance), bits(1.25f));
     host.setParameter(0, balance);
     expectReplacing({-0.5f, 1.0f}, "1.25");
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamDisplay, 0).text(), "150.0000");
+    EXPECT_EQ(TextAnswer(host, effGetParamDisplay, 0).text(), "150.0000");
 }
 
 TEST_F(BalanceTest, UnusualValuesFollowTheFormulas) {
@@ -217,9 +217,9 @@ TEST_F(BalanceTest, OtherIndicesAreIgnored) {
     for (VstInt32 index : {1, 2, -1, std::numeric_limits<VstInt32>::min()}) {
         host.setParameter(index, 0.0f);
         EXPECT_EQ(bits(host.getParameter(index)), 0u);
-        EXPECT_TRUE(TextAnswer(host, level_test::kGetParamName, index).untouched()) << "index " << index;
-        EXPECT_TRUE(TextAnswer(host, level_test::kGetParamLabel, index).untouched()) << "index " << index;
-        EXPECT_TRUE(TextAnswer(host, level_test::kGetParamDisplay, index).untouched()) << "index " << index;
+        EXPECT_TRUE(TextAnswer(host, effGetParamName, index).untouched()) << "index " << index;
+        EXPECT_TRUE(TextAnswer(host, effGetParamLabel, index).untouched()) << "index " << index;
+        EXPECT_TRUE(TextAnswer(host, effGetParamDisplay, index).untouched()) << "index " << index;
     }
     EXPECT_EQ(bits(host.getParameter(0)), bits(0.5f));
 }
@@ -227,7 +227,7 @@ TEST_F(BalanceTest, OtherIndicesAreIgnored) {
 TEST_F(BalanceTest, ProgramReturnsToCentreAndReportsIt) {
     host.setParameter(0, 0.1f);
     automateReports().clear();
-    host.dispatch(2, 0, 0);  // effSetProgram 0
+    host.dispatch(effSetProgram, 0, 0);
     ASSERT_EQ(automateReports().size(), 1u);
     EXPECT_EQ(automateReports()[0].index, 0);
     EXPECT_EQ(bits(automateReports()[0].value), bits(0.5f));
@@ -237,18 +237,18 @@ TEST_F(BalanceTest, ProgramReturnsToCentreAndReportsIt) {
 
 // A null text pointer gets nothing written, whatever the request.
 TEST_F(BalanceTest, NullTextPointersAreHarmless) {
-    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
-                            level_test::kGetParamName})
+    for (VstInt32 opcode : {effGetProgramName, effGetParamLabel, effGetParamDisplay,
+                            effGetParamName})
         for (VstInt32 index : {0, 1, -1}) host.dispatch(opcode, index, 0, nullptr);
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 0).text(), "Balance");
+    EXPECT_EQ(TextAnswer(host, effGetParamName, 0).text(), "Balance");
 }
 
 TEST_F(BalanceTest, NameLabelAndProgramName) {
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 0).text(), "Balance");
-    const TextAnswer label(host, level_test::kGetParamLabel, 0);
+    EXPECT_EQ(TextAnswer(host, effGetParamName, 0).text(), "Balance");
+    const TextAnswer label(host, effGetParamLabel, 0);
     EXPECT_FALSE(label.untouched());
     EXPECT_EQ(label.text(), "");
-    EXPECT_EQ(TextAnswer(host, level_test::kGetProgramName, 0).text(), "Default");
+    EXPECT_EQ(TextAnswer(host, effGetProgramName, 0).text(), "Default");
 }
 
 // balance x 200 - 100 with eight characters, digits past the eighth dropped
@@ -262,11 +262,11 @@ TEST_F(BalanceTest, Displays) {
                           {0.3f, "-39.9999"}, {0.9f, "79.99999"}, {kNaN, "0.000000"}};
     for (const Case& c : cases) {
         host.setParameter(0, c.balance);
-        EXPECT_EQ(TextAnswer(host, level_test::kGetParamDisplay, 0).text(), c.text) << "balance " << c.balance;
+        EXPECT_EQ(TextAnswer(host, effGetParamDisplay, 0).text(), c.text) << "balance " << c.balance;
     }
     for (float huge : {1.0e10f, -1.0e10f, kInfinity}) {
         host.setParameter(0, huge);
-        EXPECT_TRUE(TextAnswer(host, level_test::kGetParamDisplay, 0).untouched()) << "balance " << huge;
+        EXPECT_TRUE(TextAnswer(host, effGetParamDisplay, 0).untouched()) << "balance " << huge;
     }
 }
 

@@ -255,7 +255,7 @@ TYPED_TEST(ChannelVolumeTest, OutOfRangeIndicesAreIgnored) {
                            std::numeric_limits<VstInt32>::max()}) {
         this->host.setParameter(index, 0.0f);
         EXPECT_EQ(bits(this->host.getParameter(index)), 0u) << "index " << index;
-        EXPECT_TRUE(TextAnswer(this->host, level_test::kGetParamDisplay, index).untouched()) << "index " << index;
+        EXPECT_TRUE(TextAnswer(this->host, effGetParamDisplay, index).untouched()) << "index " << index;
     }
     for (VstInt32 index = 0; index < this->kCount; ++index)
         EXPECT_EQ(bits(this->host.getParameter(index)), bits(0.5f));
@@ -270,14 +270,14 @@ TYPED_TEST(ChannelVolumeTest, OutOfRangeIndicesAreIgnored) {
 TYPED_TEST(ChannelVolumeTest, ProgramResetsEveryLevelAndReportsIt) {
     this->setLevels(levelOf);
     automateReports().clear();
-    this->host.dispatch(2, 0, 0);  // effSetProgram 0
+    this->host.dispatch(effSetProgram, 0, 0);
     ASSERT_EQ(automateReports().size(), this->kChannels);
     for (unsigned c = 0; c < this->kChannels; ++c) {
         EXPECT_EQ(automateReports()[c].index, static_cast<VstInt32>(c));
         EXPECT_EQ(bits(automateReports()[c].value), bits(0.5f));
         EXPECT_EQ(bits(this->host.getParameter(static_cast<VstInt32>(c))), bits(0.5f));
     }
-    EXPECT_EQ(this->host.dispatch(3), 0);  // effGetProgram
+    EXPECT_EQ(this->host.dispatch(effGetProgram), 0);
     ChannelBuffers in(this->kChannels, 5), out(this->kChannels, 5);
     in.fill(inputSample);
     out.fill(outputSample);
@@ -287,37 +287,37 @@ TYPED_TEST(ChannelVolumeTest, ProgramResetsEveryLevelAndReportsIt) {
 
 // A null text pointer gets nothing written, whatever the request.
 TYPED_TEST(ChannelVolumeTest, NullTextPointersAreHarmless) {
-    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
-                            level_test::kGetParamName})
+    for (VstInt32 opcode : {effGetProgramName, effGetParamLabel, effGetParamDisplay,
+                            effGetParamName})
         for (VstInt32 index : {0, this->kCount - 1, this->kCount, -1}) this->host.dispatch(opcode, index, 0, nullptr);
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, 0).text(), "dB");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamLabel, 0).text(), "dB");
 }
 
 TYPED_TEST(ChannelVolumeTest, NamesLabelsAndProgramName) {
     const std::vector<std::string> names = TypeParam::names();
     for (VstInt32 index = 0; index < this->kCount; ++index) {
-        EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, index).text(),
+        EXPECT_EQ(TextAnswer(this->host, effGetParamName, index).text(),
                   names[static_cast<std::size_t>(index)]);
     }
     // Past the last channel: stereo and 5.1 write nothing, the numbered names
     // go on counting.
     for (VstInt32 index : {this->kCount, -1}) {
-        const TextAnswer past(this->host, level_test::kGetParamName, index);
+        const TextAnswer past(this->host, effGetParamName, index);
         if (this->kChannels == 16)
             EXPECT_EQ(past.text(), "Channel " + std::to_string(index + 1));
         else
             EXPECT_TRUE(past.untouched()) << "index " << index;
     }
     for (VstInt32 index = -1; index <= this->kCount; ++index)
-        EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, index).text(), "dB") << "index " << index;
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetProgramName, 0).text(), "Default");
+        EXPECT_EQ(TextAnswer(this->host, effGetParamLabel, index).text(), "dB") << "index " << index;
+    EXPECT_EQ(TextAnswer(this->host, effGetProgramName, 0).text(), "Default");
 }
 
 TEST(ChannelVolumeNames, NumberedNamesFollowTheInstalledTranslation) {
     level_test::ScopedTranslation translation("$$$/Korvex/AudioFilters/16ChannelDefault=Channel ", u"Kanal ");
     HostedEffect host((new AF::AudioChannelEnvelope16(nullptr))->getAeffect());
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 0).text(), "Kanal 1");
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 15).text(), "Kanal 16");
+    EXPECT_EQ(TextAnswer(host, effGetParamName, 0).text(), "Kanal 1");
+    EXPECT_EQ(TextAnswer(host, effGetParamName, 15).text(), "Kanal 16");
 }
 
 // Displays are 20 log10(2 x level) with eight characters, digits past the
@@ -333,12 +333,12 @@ TYPED_TEST(ChannelVolumeTest, DisplaysInDecibels) {
     for (VstInt32 index = 0; index < this->kCount; ++index) {
         for (const Case& c : cases) {
             this->host.setParameter(index, c.level);
-            EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamDisplay, index).text(), c.text)
+            EXPECT_EQ(TextAnswer(this->host, effGetParamDisplay, index).text(), c.text)
                 << "index " << index << " level " << c.level;
         }
         // +inf dB does not fit eight characters: the buffer keeps its contents.
         this->host.setParameter(index, kInfinity);
-        EXPECT_TRUE(TextAnswer(this->host, level_test::kGetParamDisplay, index).untouched());
+        EXPECT_TRUE(TextAnswer(this->host, effGetParamDisplay, index).untouched());
     }
 }
 

@@ -157,7 +157,7 @@ TYPED_TEST(InvertTest, HasNoParametersOrPrograms) {
     EXPECT_EQ(this->host.getParameter(0), 0.0f);
     this->host.setParameter(0, 0.75f);
     EXPECT_EQ(this->host.getParameter(0), 0.0f);
-    for (VstInt32 opcode : {level_test::kGetParamName, level_test::kGetParamLabel, level_test::kGetParamDisplay}) {
+    for (VstInt32 opcode : {effGetParamName, effGetParamLabel, effGetParamDisplay}) {
         level_test::TextAnswer answer(this->host, opcode, 0);
         EXPECT_EQ(answer.text(), "") << "opcode " << opcode;
     }

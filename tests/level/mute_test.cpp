@@ -167,7 +167,7 @@ TYPED_TEST(MuteTest, ProgramSwitchesOffTheMasterOnly) {
     this->host.setParameter(0, 1.0f);
     this->host.setParameter(1, 1.0f);
     automateReports().clear();
-    EXPECT_EQ(this->host.dispatch(2, 0, 0), 0);  // effSetProgram 0
+    EXPECT_EQ(this->host.dispatch(effSetProgram, 0, 0), 0);
     ASSERT_EQ(automateReports().size(), 1u);
     EXPECT_EQ(automateReports()[0].index, 0);
     EXPECT_EQ(bits(automateReports()[0].value), bits(0.0f));
@@ -197,36 +197,36 @@ TYPED_TEST(MuteTest, ParametersAreStoredAsTheyComeAndOutOfRangeIndicesIgnored) {
 
 // A null text pointer gets nothing written, whatever the request.
 TYPED_TEST(MuteTest, NullTextPointersAreHarmless) {
-    for (VstInt32 opcode : {level_test::kGetProgramName, level_test::kGetParamLabel, level_test::kGetParamDisplay,
-                            level_test::kGetParamName})
+    for (VstInt32 opcode : {effGetProgramName, effGetParamLabel, effGetParamDisplay,
+                            effGetParamName})
         for (VstInt32 index : {0, 1, this->kToggles, -1}) this->host.dispatch(opcode, index, 0, nullptr);
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 1).text(), "Mute 1");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, 1).text(), "Mute 1");
 }
 
 // Names with the English texts: the master is the key's text alone ("Mute ",
 // with its blank), channel k appends k; the index is not range-checked.
 TYPED_TEST(MuteTest, NamesAndLabels) {
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 0).text(), "Mute ");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, 0).text(), "Mute ");
     for (VstInt32 index = 1; index <= this->kToggles; ++index)
-        EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, index).text(), "Mute " + std::to_string(index));
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, -1).text(), "Mute -1");
+        EXPECT_EQ(TextAnswer(this->host, effGetParamName, index).text(), "Mute " + std::to_string(index));
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, -1).text(), "Mute -1");
     for (VstInt32 index = -1; index <= this->kToggles; ++index)
-        EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, index).text(), "Mute ") << "index " << index;
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetProgramName, 0).text(), "Default");
+        EXPECT_EQ(TextAnswer(this->host, effGetParamLabel, index).text(), "Mute ") << "index " << index;
+    EXPECT_EQ(TextAnswer(this->host, effGetProgramName, 0).text(), "Default");
 }
 
 // Every variant names index 3, even those with fewer toggles.
 TYPED_TEST(MuteTest, ThirdNameIsMuteThree) {
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 3).text(), "Mute 3");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, 3).text(), "Mute 3");
 }
 
 // The names are looked up afresh on every call, so an installed translation
 // shows at once, and reaches the host as UTF-8.
 TYPED_TEST(MuteTest, NamesFollowTheInstalledTranslation) {
     level_test::ScopedTranslation translation("$$$/Korvex/AudioFilters/MuteLabel=Mute ", u"D\u00e9sactiver ");
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 0).text(), "D\xC3\xA9sactiver ");
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamName, 3).text(), "D\xC3\xA9sactiver 3");
-    EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamLabel, 1).text(), "D\xC3\xA9sactiver ");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, 0).text(), "D\xC3\xA9sactiver ");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamName, 3).text(), "D\xC3\xA9sactiver 3");
+    EXPECT_EQ(TextAnswer(this->host, effGetParamLabel, 1).text(), "D\xC3\xA9sactiver ");
 }
 
 // Displays: the raw value with eight characters, digits past the eighth
@@ -242,16 +242,16 @@ TYPED_TEST(MuteTest, DisplaysTheRawValue) {
     for (VstInt32 index = 0; index < this->kToggles; ++index) {
         for (const Case& c : cases) {
             this->host.setParameter(index, c.value);
-            EXPECT_EQ(TextAnswer(this->host, level_test::kGetParamDisplay, index).text(), c.text)
+            EXPECT_EQ(TextAnswer(this->host, effGetParamDisplay, index).text(), c.text)
                 << "index " << index;
         }
         for (float huge : {kInfinity, -kInfinity, 1.0e9f}) {
             this->host.setParameter(index, huge);
-            EXPECT_TRUE(TextAnswer(this->host, level_test::kGetParamDisplay, index).untouched());
+            EXPECT_TRUE(TextAnswer(this->host, effGetParamDisplay, index).untouched());
         }
     }
     for (VstInt32 index : {this->kToggles, -1})
-        EXPECT_TRUE(TextAnswer(this->host, level_test::kGetParamDisplay, index).untouched()) << "index " << index;
+        EXPECT_TRUE(TextAnswer(this->host, effGetParamDisplay, index).untouched()) << "index " << index;
 }
 
 TYPED_TEST(MuteTest, PropertyAnswers) {
@@ -289,10 +289,10 @@ TEST(MuteFailedAllocation, EveryOperationIsHarmless) {
     for (VstInt32 index : {0, 1, 5}) {
         host.setParameter(index, 1.0f);
         EXPECT_EQ(bits(host.getParameter(index)), 0u);
-        EXPECT_TRUE(TextAnswer(host, level_test::kGetParamDisplay, index).untouched());
+        EXPECT_TRUE(TextAnswer(host, effGetParamDisplay, index).untouched());
     }
-    EXPECT_EQ(TextAnswer(host, level_test::kGetParamName, 5).text(), "Mute 5");
-    host.dispatch(2, 0, 0);
+    EXPECT_EQ(TextAnswer(host, effGetParamName, 5).text(), "Mute 5");
+    host.dispatch(effSetProgram, 0, 0);
     const VstInt32 outputs = host->numOutputs;
     ChannelBuffers in(static_cast<unsigned>(outputs), 8), out(static_cast<unsigned>(outputs), 8);
     in.fill(inputSample);

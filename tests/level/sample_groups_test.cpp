@@ -24,12 +24,13 @@
 #include "effects/level/SwapChannels.h"
 #include "effects/level/Volume.h"
 #include "support/VectorPaths.h"
+#include "support/Bits.h"
 
 namespace {
 
 using AF::VectorPath;
 
-std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 // The plain rules; volatile keeps each one a single scalar operation.
 float plainProduct(float sample, float gain) {

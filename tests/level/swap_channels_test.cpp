@@ -92,7 +92,7 @@ TEST_F(SwapChannelsTest, NullBuffersAreHarmless) {
 TEST_F(SwapChannelsTest, HasNoParameters) {
     host.setParameter(0, 1.0f);
     EXPECT_EQ(host.getParameter(0), 0.0f);
-    level_test::TextAnswer name(host, level_test::kGetParamName, 0);
+    level_test::TextAnswer name(host, effGetParamName, 0);
     EXPECT_EQ(name.text(), "");
 }
 

@@ -195,7 +195,7 @@ TEST_P(VolumeTest, ProgramRestoresUnityAndTellsTheHost) {
     ASSERT_EQ(fx->calls().size(), 1u);
     const aftest::HostCall& call = fx->calls().front();
     EXPECT_EQ(call.effect, fx->effect());
-    EXPECT_EQ(call.opcode, aftest::kHostAutomate);
+    EXPECT_EQ(call.opcode, audioMasterAutomate);
     EXPECT_EQ(call.index, 0);
     EXPECT_EQ(call.opt, 0.5f);
     // Unity again: the next buffer passes through unchanged.
@@ -214,7 +214,7 @@ TEST_P(VolumeTest, ProgramIndexBoundsFollowTheDispatcher) {
     fx->setProgram(-1);  // a negative program is passed on: it resets too
     EXPECT_EQ(fx->getProgram(), -1);
     EXPECT_EQ(fx->getParameter(0), 0.5f);
-    EXPECT_EQ(fx->callsWithOpcode(aftest::kHostAutomate).size(), 1u);
+    EXPECT_EQ(fx->callsWithOpcode(audioMasterAutomate).size(), 1u);
 }
 
 TEST_P(VolumeTest, NamesLabelsAndProgramName) {
@@ -222,9 +222,9 @@ TEST_P(VolumeTest, NamesLabelsAndProgramName) {
     EXPECT_EQ(fx->parameterLabel(0), "dB");
     EXPECT_EQ(fx->programName(), "Default");
     for (int index : {1, 2, -1, 1000}) {
-        EXPECT_EQ(fx->text(aftest::kGetParamName, index, "keep"), "keep") << index;
-        EXPECT_EQ(fx->text(aftest::kGetParamLabel, index, "keep"), "keep") << index;
-        EXPECT_EQ(fx->text(aftest::kGetParamDisplay, index, "keep"), "keep") << index;
+        EXPECT_EQ(fx->text(effGetParamName, index, "keep"), "keep") << index;
+        EXPECT_EQ(fx->text(effGetParamLabel, index, "keep"), "keep") << index;
+        EXPECT_EQ(fx->text(effGetParamDisplay, index, "keep"), "keep") << index;
     }
 }
 
@@ -257,8 +257,8 @@ TEST_P(VolumeTest, DisplayTexts) {
 
 TEST_P(VolumeTest, NullTextPointersWriteNothing) {
     fx->setParameter(0, 0.25f);
-    for (std::int32_t opcode : {aftest::kGetProgramName, aftest::kGetParamLabel, aftest::kGetParamDisplay,
-                                aftest::kGetParamName}) {
+    for (std::int32_t opcode : {effGetProgramName, effGetParamLabel, effGetParamDisplay,
+                                effGetParamName}) {
         EXPECT_EQ(fx->dispatch(opcode, 0, 0, nullptr), 0) << opcode;
     }
     // The effect is unharmed: its texts still come out.
@@ -439,7 +439,7 @@ TEST(VolumeLifetime, CloseOpcodeDeletesTheEffect) {
     destructorRuns = 0;
     auto* effect = new CountingEnvelope(nullptr);
     AEffect* record = effect->getAeffect();
-    EXPECT_EQ(record->dispatcher(record, 1, 0, 0, nullptr, 0.0f), 1);
+    EXPECT_EQ(record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f), 1);
     EXPECT_EQ(destructorRuns, 1);
 }
 
@@ -454,7 +454,7 @@ TEST(VolumeCreator, MakesEachRegisteredVariantAndNothingElse) {
         ASSERT_NE(effect, nullptr) << channels;
         EXPECT_NE(dynamic_cast<decltype(expectedType)>(effect), nullptr) << channels;
         AEffect* record = effect->getAeffect();
-        record->dispatcher(record, 1, 0, 0, nullptr, 0.0f);
+        record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
     };
     check(1, static_cast<AF::AudioEnvelope1*>(nullptr));
     check(2, static_cast<AF::AudioEnvelope2*>(nullptr));

@@ -11,10 +11,11 @@
 #include <vector>
 
 #include "AR/AudioBuffer.h"
+#include "support/Bits.h"
 
 namespace {
 
-std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 bool alignedTo(const void* p, std::uintptr_t alignment) {
     return reinterpret_cast<std::uintptr_t>(p) % alignment == 0;

@@ -20,12 +20,13 @@
 
 #include "AR/AudioBuffer.h"
 #include "platform/src/SampleLoops.h"
+#include "support/Bits.h"
 
 namespace {
 
 using AR::loops::Width;
 
-std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
+using aftest::bits;
 
 // The plain rules, one sample at a time; volatile keeps the compiler from
 // turning them into group operations.

@@ -11,12 +11,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/Bits.h"
+
 namespace aftest {
 
 // One vector of frames per channel.
 using Channels = std::vector<std::vector<float>>;
-
-inline std::uint32_t bits(float value) { return std::bit_cast<std::uint32_t>(value); }
 
 // `channels` channels of `frames` samples, all `value`.
 Channels makeChannels(int channels, int frames, float value = 0.0f);

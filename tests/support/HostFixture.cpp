@@ -1,12 +1,7 @@
 #include "support/HostFixture.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cstring>
-
-#include "AudioEffect.h"
-#include "Ordo/ImmutableString.h"
 
 #ifndef AF_MODULE_PATH
 #error "AF_MODULE_PATH must name the built module"
@@ -14,59 +9,25 @@
 
 namespace aftest {
 
-namespace {
-
-// The exported start-up functions, by their mangled names: void AF::Startup(), void AF::Shutdown().
-constexpr const char* kStartupSymbol = "_ZN2AF7StartupEv";
-constexpr const char* kShutdownSymbol = "_ZN2AF8ShutdownEv";
-
-}  // namespace
-
 LoadedModule& LoadedModule::Get() {
     static LoadedModule module;
     return module;
 }
 
-LoadedModule::LoadedModule() {
-    handle_ = dlopen(AF_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
-    if (handle_ == nullptr) {
-        const char* why = dlerror();
-        error_ = std::string("dlopen failed: ") + (why ? why : "unknown");
-        return;
-    }
-    startup_ = reinterpret_cast<void (*)()>(dlsym(handle_, kStartupSymbol));
-    shutdown_ = reinterpret_cast<void (*)()>(dlsym(handle_, kShutdownSymbol));
-    if (startup_ == nullptr) {
-        error_ = "the module does not export AF::Startup";
-        return;
-    }
-    // Registrations of anything else in the process (the test program's own
-    // copy of the start-up code) are dropped first: only the module's count.
-    ML::VSTAudioFilterRegistry::Clear();
-    startup_();
-    registrations_ = ML::VSTAudioFilterRegistry::Registrations();
-}
-
-const Registration* LoadedModule::find(std::string_view identifier) const {
-    const Ordo::ImmutableString id = Ordo::ImmutableString::CreateStatic(std::string(identifier).c_str());
-    for (const Registration& registration : registrations_) {
-        if (registration.id == id) return &registration;
-    }
-    return nullptr;
-}
+LoadedModule::LoadedModule() : module_(hostkit::Module::Load(AF_MODULE_PATH)) {}
 
 ML::VSTAudioFilterRegistry::Factory LoadedModule::factory() const {
-    return registrations_.empty() ? nullptr : registrations_.front().factory;
+    return registrations().empty() ? nullptr : registrations().front().factory;
 }
 
 std::vector<Registration> LoadedModule::restartup() const {
     ML::VSTAudioFilterRegistry::Clear();
-    if (startup_ != nullptr) startup_();
+    if (module_.startupEntry() != nullptr) module_.startupEntry()();
     return ML::VSTAudioFilterRegistry::Registrations();
 }
 
 void LoadedModule::callShutdown() const {
-    if (shutdown_ != nullptr) shutdown_();
+    if (module_.shutdownEntry() != nullptr) module_.shutdownEntry()();
 }
 
 std::vector<HostCall>& strayHostCalls() {
@@ -75,66 +36,21 @@ std::vector<HostCall>& strayHostCalls() {
 }
 
 std::unique_ptr<HostEffect> HostEffect::Create(std::string_view identifier, bool withCallback) {
-    const LoadedModule& module = LoadedModule::Get();
-    const Registration* registration = module.find(identifier);
-    if (registration == nullptr || registration->factory == nullptr) return nullptr;
+    const Registration* registration = LoadedModule::Get().find(identifier);
+    if (registration == nullptr) return nullptr;
     std::unique_ptr<HostEffect> host(new HostEffect());
-    ML::VSTPropertySupportMixin* properties = nullptr;
-    AudioEffect* made =
-        registration->factory(registration->id, withCallback ? &recordingCallback : nullptr, &properties);
-    if (made == nullptr) return nullptr;
-    // From here on the host knows its effect by the record alone, as the
-    // factory's AudioEffect pointer leads to it; the record's `user` field is the host's.
-    AEffect* record = made->getAeffect();
-    record->user = host.get();
-    host->effect_ = record;
-    host->properties_ = properties;
+    host->effect_ = hostkit::createEffect(*registration, withCallback ? &recordingCallback : nullptr);
+    if (!host->effect_) return nullptr;
+    // The record's `user` field is the host's: the recording callback finds its HostEffect there.
+    host->effect_.record()->user = host.get();
     return host;
-}
-
-HostEffect::~HostEffect() {
-    if (effect_ != nullptr) close();
 }
 
 std::intptr_t HostEffect::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
                                    float opt) {
-    if (opcode == kClose) return close();
-    return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
+    if (opcode == effClose) return close();
+    return effect_.dispatch(opcode, index, value, ptr, opt);
 }
-
-std::intptr_t HostEffect::close() {
-    if (effect_ == nullptr) return 0;
-    AEffect* record = effect_;
-    effect_ = nullptr;
-    properties_ = nullptr;
-    return record->dispatcher(record, kClose, 0, 0, nullptr, 0.0f);
-}
-
-AEffect* HostEffect::release() {
-    AEffect* record = effect_;
-    effect_ = nullptr;
-    properties_ = nullptr;
-    return record;
-}
-
-void HostEffect::start(float sampleRate, std::int32_t blockSize) {
-    open();
-    setSampleRate(sampleRate);
-    setBlockSize(blockSize);
-    resume();
-}
-
-std::string HostEffect::text(std::int32_t opcode, std::int32_t index, const std::string& initial) {
-    char buffer[kTextBufferSize] = {};
-    std::memcpy(buffer, initial.data(), std::min(initial.size(), kTextBufferSize - 1));
-    dispatch(opcode, index, 0, buffer, 0.0f);
-    buffer[kTextBufferSize - 1] = '\0';
-    return std::string(buffer);
-}
-
-void HostEffect::setParameter(std::int32_t index, float value) { effect_->setParameter(effect_, index, value); }
-
-float HostEffect::getParameter(std::int32_t index) { return effect_->getParameter(effect_, index); }
 
 std::vector<float*> HostEffect::pointers(Channels& buffers) const {
     std::vector<float*> out;
@@ -152,29 +68,30 @@ void HostEffect::processReplacing(Channels& buffers, std::int32_t frames) {
         return;
     }
     std::vector<float*> channelPointers = pointers(buffers);
-    effect_->processReplacing(effect_, channelPointers.data(), channelPointers.data(), frames);
+    effect_.processReplacing(channelPointers.data(), frames);
 }
 
 void HostEffect::processReplacing(Channels& inputs, Channels& outputs) {
-    if (inputs.size() < static_cast<std::size_t>(effect_->numInputs) ||
+    if (inputs.size() < static_cast<std::size_t>(effect_.inputCount()) ||
         outputs.size() < static_cast<std::size_t>(channels()) || outputs.empty()) {
         ADD_FAILURE() << "too few channels for the effect";
         return;
     }
     std::vector<float*> in = pointers(inputs);
     std::vector<float*> out = pointers(outputs);
-    effect_->processReplacing(effect_, in.data(), out.data(), static_cast<std::int32_t>(outputs.front().size()));
+    effect_.record()->processReplacing(effect_.record(), in.data(), out.data(),
+                                       static_cast<std::int32_t>(outputs.front().size()));
 }
 
 void HostEffect::process(Channels& inputs, Channels& outputs) {
-    if (inputs.size() < static_cast<std::size_t>(effect_->numInputs) ||
+    if (inputs.size() < static_cast<std::size_t>(effect_.inputCount()) ||
         outputs.size() < static_cast<std::size_t>(channels()) || outputs.empty()) {
         ADD_FAILURE() << "too few channels for the effect";
         return;
     }
     std::vector<float*> in = pointers(inputs);
     std::vector<float*> out = pointers(outputs);
-    effect_->process(effect_, in.data(), out.data(), static_cast<std::int32_t>(outputs.front().size()));
+    effect_.record()->process(effect_.record(), in.data(), out.data(), static_cast<std::int32_t>(outputs.front().size()));
 }
 
 void HostEffect::processReplacingInBlocks(Channels& buffers, const std::vector<int>& blocks) {

@@ -1,13 +1,15 @@
 #pragma once
-// A test host: loads the built module the way a host application does and
-// drives its effects only through their AEffect record and property interface.
+// A test host: loads the built module through the host kit, the way a host
+// application does, and drives its effects only through their AEffect record
+// and property interface.
 //
-//   LoadedModule  the module loaded once per process with dlopen (AF_MODULE_PATH):
-//                 its load hooks run, AF::Startup (found with dlsym) registers
-//                 into the platform registry, and the registrations are kept.
+//   LoadedModule  the module (AF_MODULE_PATH) loaded once per process: its load
+//                 hooks run, its start-up registers into the platform registry,
+//                 and the registrations are kept.
 //   HostEffect    one effect made by the registered factory with a recording
-//                 host callback; methods for the dispatcher requests, the
-//                 parameter entry points and both processing entry points.
+//                 host callback, held by a hostkit::Effect; methods for the
+//                 dispatcher requests, the parameter entry points and both
+//                 processing entry points.
 //
 // Typical use:
 //
@@ -19,7 +21,7 @@
 //   fx->processReplacing(audio);                    // in place, as a host does
 //   EXPECT_EQ(fx->calls().size(), 0u);              // what the effect told the host
 //
-// The effect is closed (opcode 1, which deletes it) by close() or by the
+// The effect is closed (effClose, which deletes it) by close() or by the
 // HostEffect's destructor. The module is never unloaded: effect code stays
 // mapped for the whole test program.
 //
@@ -36,6 +38,8 @@
 #include "AEffect.h"
 #include "ML/VSTAudioFilterRegistry.h"
 #include "ML/VSTPropertySupportMixin.h"
+#include "Opcodes.h"
+#include "hostkit/Module.h"
 #include "support/Buffers.h"
 
 namespace aftest {
@@ -48,14 +52,15 @@ class LoadedModule {
 public:
     static LoadedModule& Get();
 
-    bool loaded() const { return handle_ != nullptr && startup_ != nullptr; }
-    const std::string& error() const { return error_; }
-    void* handle() const { return handle_; }
+    bool loaded() const { return module_.loaded(); }
+    const std::string& error() const { return module_.error(); }
+    void* handle() const { return module_.handle(); }
+    const hostkit::Module& module() const { return module_; }
 
-    // The registrations made by the first AF::Startup call, in order.
-    const std::vector<Registration>& registrations() const { return registrations_; }
-    // The registration whose identifier is the interned `identifier`; null if none.
-    const Registration* find(std::string_view identifier) const;
+    // The registrations made by the module's start-up, in order.
+    const std::vector<Registration>& registrations() const { return module_.registrations(); }
+    // The registration whose identifier matches `identifier` (case ignored); null if none.
+    const Registration* find(std::string_view identifier) const { return module_.find(identifier); }
     // The module's factory (the one every registration carries); null if not loaded.
     ML::VSTAudioFilterRegistry::Factory factory() const;
 
@@ -69,11 +74,7 @@ public:
 
 private:
     LoadedModule();
-    void* handle_ = nullptr;
-    void (*startup_)() = nullptr;
-    void (*shutdown_)() = nullptr;
-    std::string error_;
-    std::vector<Registration> registrations_;
+    hostkit::Module module_;
 };
 
 // One call the effect made to the host callback.
@@ -86,25 +87,6 @@ struct HostCall {
     float opt;
 };
 
-// Host callback opcodes the tests look for.
-inline constexpr std::int32_t kHostAutomate = 0;
-inline constexpr std::int32_t kHostVersion = 1;
-
-// Dispatcher opcodes a host sends.
-enum Opcode : std::int32_t {
-    kOpen = 0,
-    kClose = 1,
-    kSetProgram = 2,
-    kGetProgram = 3,
-    kGetProgramName = 5,
-    kGetParamLabel = 6,
-    kGetParamDisplay = 7,
-    kGetParamName = 8,
-    kSetSampleRate = 10,
-    kSetBlockSize = 11,
-    kMainsChanged = 12,
-};
-
 class HostEffect {
 public:
     // Makes the effect registered under `identifier` through the registration's
@@ -112,47 +94,48 @@ public:
     // registered, or the factory answers null (a family not built yet).
     // `withCallback` false passes a null host callback.
     static std::unique_ptr<HostEffect> Create(std::string_view identifier, bool withCallback = true);
-    ~HostEffect();  // closes the effect if it is still open
+    // The handle closes the effect, if it is still open, when the HostEffect goes.
 
     HostEffect(const HostEffect&) = delete;
     HostEffect& operator=(const HostEffect&) = delete;
 
-    AEffect* effect() const { return effect_; }
-    ML::VSTPropertySupportMixin* properties() const { return properties_; }
-    int channels() const { return effect_->numOutputs; }
-    bool closed() const { return effect_ == nullptr; }
+    AEffect* effect() const { return effect_.record(); }
+    ML::VSTPropertySupportMixin* properties() const { return effect_.properties(); }
+    int channels() const { return effect_.outputCount(); }
+    bool closed() const { return !effect_; }
 
-    // Dispatcher requests.
+    // Dispatcher requests (effClose goes through close()).
     std::intptr_t dispatch(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0, void* ptr = nullptr,
                            float opt = 0.0f);
-    void open() { dispatch(kOpen); }
-    void setSampleRate(float sampleRate) { dispatch(kSetSampleRate, 0, 0, nullptr, sampleRate); }
-    void setBlockSize(std::int32_t frames) { dispatch(kSetBlockSize, 0, frames); }
-    void resume() { dispatch(kMainsChanged, 0, 1); }
-    void suspend() { dispatch(kMainsChanged, 0, 0); }
-    void setProgram(std::intptr_t program) { dispatch(kSetProgram, 0, program); }
-    std::intptr_t getProgram() { return dispatch(kGetProgram); }
-    // Opcode 1: the effect deletes itself; returns the dispatcher's answer (1).
+    void open() { effect_.open(); }
+    void setSampleRate(float sampleRate) { effect_.setSampleRate(sampleRate); }
+    void setBlockSize(std::int32_t frames) { effect_.setBlockSize(frames); }
+    void resume() { effect_.resume(); }
+    void suspend() { effect_.suspend(); }
+    void setProgram(std::intptr_t program) { dispatch(effSetProgram, 0, program); }
+    std::intptr_t getProgram() { return dispatch(effGetProgram); }
+    // effClose: the effect deletes itself; returns the dispatcher's answer (1).
     // Afterwards effect() and properties() are null.
-    std::intptr_t close();
+    std::intptr_t close() { return effect_.close(); }
     // Forgets the effect without closing it, for a test that destroys it
     // another way (through its property interface); returns the record.
-    AEffect* release();
+    AEffect* release() { return effect_.release(); }
     // A host's start: open, sample rate, block size, resume.
-    void start(float sampleRate = 44100.0f, std::int32_t blockSize = 1024);
+    void start(float sampleRate = 44100.0f, std::int32_t blockSize = 1024) { effect_.start(sampleRate, blockSize); }
 
-    // Texts through opcodes 5 to 8. The buffer (kTextBufferSize bytes) starts
-    // with `initial` and zeros, so a request that writes nothing returns `initial`.
-    static constexpr std::size_t kTextBufferSize = 256;
-    std::string text(std::int32_t opcode, std::int32_t index, const std::string& initial = std::string());
-    std::string parameterName(std::int32_t index) { return text(kGetParamName, index); }
-    std::string parameterLabel(std::int32_t index) { return text(kGetParamLabel, index); }
-    std::string parameterDisplay(std::int32_t index) { return text(kGetParamDisplay, index); }
-    std::string programName() { return text(kGetProgramName, 0); }
+    // Texts through effGetProgramName to effGetParamName. The buffer starts with
+    // `initial` and zeros, so a request that writes nothing returns `initial`.
+    std::string text(std::int32_t opcode, std::int32_t index, const std::string& initial = std::string()) {
+        return effect_.text(opcode, index, initial);
+    }
+    std::string parameterName(std::int32_t index) { return effect_.parameterName(index); }
+    std::string parameterLabel(std::int32_t index) { return effect_.parameterLabel(index); }
+    std::string parameterDisplay(std::int32_t index) { return effect_.parameterDisplay(index); }
+    std::string programName() { return effect_.programName(); }
 
     // The parameter entry points of the record.
-    void setParameter(std::int32_t index, float value);
-    float getParameter(std::int32_t index);
+    void setParameter(std::int32_t index, float value) { effect_.setParameter(index, value); }
+    float getParameter(std::int32_t index) { return effect_.getParameter(index); }
 
     // processReplacing with the same channel pointers as inputs and outputs
     // (frames: the first channel's length, or `frames` as given, even <= 0).
@@ -181,8 +164,7 @@ private:
                                            std::intptr_t value, void* ptr, float opt);
     std::vector<float*> pointers(Channels& buffers) const;
 
-    AEffect* effect_ = nullptr;
-    ML::VSTPropertySupportMixin* properties_ = nullptr;
+    hostkit::Effect effect_;
     std::vector<HostCall> calls_;
     std::function<std::intptr_t(const HostCall&)> answer_;
 };
