@@ -18,6 +18,8 @@ run_suite() {  # build folder, extra CMake arguments...
 }
 
 run_suite build -DCMAKE_BUILD_TYPE=Release
+echo "== Every LV2 and LADSPA plug-in in Ardour 7 (headless), values set in Hz and dB, each compared with afx bit for bit"
+LADSPA_PATH=$PWD/build/bin LV2_PATH=$PWD/build/lv2 /usr/bin/python3 tests/hosts/ardour/bridges.py --afx build/bin/afx
 echo "== The Release suite again with the vector kernels switched off (plain per-channel loops)"
 AF_FORCE_SCALAR=1 build/bin/af_tests --gtest_brief=1
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

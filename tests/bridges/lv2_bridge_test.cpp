@@ -3,7 +3,9 @@
 // whatever the buffer arrangement, block sizes, rate or control values.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -114,6 +116,27 @@ TEST_F(Lv2Bridge, ReportsNoLatency) {
     EXPECT_EQ(latency, 0.0f);
     d->deactivate(handle);
     d->cleanup(handle);
+}
+
+// After the input ends the host keeps running the plug-in on silence: the
+// echoes come out, as the effect driven directly over the same padded input.
+TEST_F(Lv2Bridge, ADelayKeepsSoundingAfterItsInput) {
+    const LV2_Descriptor* d = Lv2Library::Get().find("urn:audiofilters:delay-stereo");
+    ASSERT_NE(d, nullptr);
+    constexpr int kInput = 2000;
+    constexpr int kTotal = 12000;
+    Channels input = aftest::taggedNoise(2, kInput, 23);
+    for (auto& channel : input) channel.resize(kTotal, 0.0f);
+    const std::vector<float> controls = {0.1f, 50.0f, 50.0f};  // 0.1 s, 50 % feedback, 50 % mix
+    bool ok = false;
+    const Channels out = runLv2(*d, 48000.0, controls, input, {4000, 4000, 4000}, Buffers::kInPlace, ok);
+    ASSERT_TRUE(ok);
+    const auto expected = renderDirect("Internal Delay Stereo", 48000.0, settingsOf(controls), input, {4000, 4000, 4000});
+    ASSERT_TRUE(expected);
+    EXPECT_TRUE(aftest::sameBits(*expected, out));
+    float tailPeak = 0.0f;
+    for (std::size_t i = kInput; i < kTotal; ++i) tailPeak = std::max(tailPeak, std::fabs(out[0][i]));
+    EXPECT_GT(tailPeak, 0.01f) << "echoes after the input";
 }
 
 TEST_F(Lv2Bridge, RefusesWhatItCannotMake) {
