@@ -18,8 +18,9 @@ constexpr const char* kDemoHelp =
     "\n"
     "Renders the bundled example (examples/afx-demo-input.wav, 2.5 s of stereo\n"
     "16-bit audio) through highpass 80 Hz -> parametric EQ (+4 dB at 2500 Hz) ->\n"
-    "delay (0.25 s, 35 % feedback, 30 % mix) -> volume +2 dB, and writes\n"
-    "OUTPUT (default afx-demo.wav in the current folder, replaced if present).\n"
+    "delay (0.25 s, 35 % feedback, 30 % mix) -> volume +2 dB, lets the echoes\n"
+    "die away after the input, and writes OUTPUT (default afx-demo.wav in the\n"
+    "current folder, replaced if present).\n"
     "\n"
     "  -q, --quiet        print nothing but errors\n"
     "      --module PATH  the effects module (default: libAudioFilters.so beside afx)\n";

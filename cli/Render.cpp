@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -99,23 +100,49 @@ int render(const RenderJob& job) {
     RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
     OutputFile output(target, format.format, channels, input.sampleRate(), chunkFrames, input.tags(), job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
+    const TailPlan plan = planTail(job.tailSeconds, chain, input.sampleRate());
+    TailWatch tail(plan);
+    std::int64_t inputRead = 0;
+    bool inputEnded = false;
+    std::int64_t tailFed = 0;
+    // The input, then (in the same chunk and after) silence for the tail.
+    auto read = [&](float* chunk) -> std::int64_t {
+        std::int64_t frames = 0;
+        if (!inputEnded) {
+            frames = stages.read(input, chunk);
+            inputRead += frames;
+            if (frames == chunkFrames) return frames;
+            inputEnded = true;
+            tail.inputEnded(inputRead);
+        }
+        if (tail.finished()) return frames;
+        const std::int64_t fed = std::min(chunkFrames - frames, plan.maxFrames - tailFed);
+        stages.silence(chunk, frames, frames + fed);
+        tailFed += fed;
+        return frames + fed;
+    };
     std::int64_t processed = 0;
     std::int64_t done = 0;
     try {
-        done = pipeline.run([&](float* chunk) { return stages.read(input, chunk); },
-                            [&](float* chunk, std::int64_t frames) {
-                                stages.process(chain, chunk, frames);
-                                processed += frames;
-                                progress.update(processed);
-                            },
-                            [&](const float* chunk, std::int64_t frames) { stages.write(output, chunk, frames); });
+        pipeline.run(read,
+                     [&](float* chunk, std::int64_t frames) {
+                         stages.process(chain, chunk, frames, processed, tail);
+                         processed += frames;
+                         progress.update(processed);
+                     },
+                     [&](const float* chunk, std::int64_t frames) {
+                         // Chunks read ahead after the tail went quiet are dropped.
+                         const std::int64_t kept = std::max<std::int64_t>(0, std::min(frames, tail.endFrame() - done));
+                         if (kept > 0) stages.write(output, chunk, kept);
+                         done += kept;
+                     });
     } catch (...) {
         progress.clear();
         throw;
     }
     progress.clear();
-    if (input.frames() > 0 && done < input.frames())
-        throw RunError("input '" + job.input + "' ended after " + std::to_string(done) + " of " +
+    if (input.frames() > 0 && inputRead < input.frames())
+        throw RunError("input '" + job.input + "' ended after " + std::to_string(inputRead) + " of " +
                        std::to_string(input.frames()) + " frames: it is truncated or corrupt");
     chain.finish();
     if (input.isCutOff() && job.strict)
@@ -144,7 +171,7 @@ int render(const RenderJob& job) {
         std::fprintf(stderr,
                      "afx: warning: input '%s' is cut off: its header promises more than the file holds; "
                      "rendered the %lld frames it has\n",
-                     job.input.c_str(), static_cast<long long>(done));
+                     job.input.c_str(), static_cast<long long>(inputRead));
     if (nonFiniteOut > 0)
         std::fprintf(stderr,
                      "afx: warning: %llu output samples are NaN or infinite (per channel [%s])%s; --strict makes "

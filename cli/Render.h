@@ -22,6 +22,7 @@ struct RenderJob {
     bool overwrite = false;
     bool quiet = false;
     bool describeChain = false;  // print each effect and its parameters first
+    double tailSeconds = -1.0;   // after the input; < 0: until quiet for chains with a delay (see Tail.h)
     std::string modulePath;
 };
 

@@ -1,10 +1,12 @@
 // afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]... [options]
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "Commands.h"
 #include "Errors.h"
 #include "Render.h"
+#include "Tail.h"
 
 namespace afx {
 namespace {
@@ -12,7 +14,8 @@ namespace {
 constexpr const char* kRenderHelp =
     "usage: afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]...\n"
     "                  [-e EFFECT ...]... [--bits N | --float | --double] [--block N] [--chunk N]\n"
-    "                  [--strict] [--no-sync] [-y] [--quiet] [--module PATH] [--] [INPUT OUTPUT]\n"
+    "                  [--tail SECONDS] [--strict] [--no-sync] [-y] [--quiet] [--module PATH] [--]\n"
+    "                  [INPUT OUTPUT]\n"
     "\n"
     "Reads INPUT, runs it through the effects in the order given and writes OUTPUT.\n"
     "Each effect processes in place, block after block, as a host drives it: open,\n"
@@ -53,6 +56,11 @@ constexpr const char* kRenderHelp =
     "                             depend on it. The buffers may take 1 GB at most.\n"
     "      --strict               NaN or infinite output samples and a cut-off INPUT\n"
     "                             are errors (nothing is written), not warnings\n"
+    "      --tail SECONDS         keep running the effects on silence for SECONDS after\n"
+    "                             INPUT ends (0: OUTPUT is exactly as long as INPUT).\n"
+    "                             Default: 0, except for chains with a delay, which run\n"
+    "                             until their output has stayed below -120 dBFS for\n"
+    "                             2 s (the longest echo), at most 30 s\n"
     "      --no-sync              do not wait for OUTPUT to reach the disk before it is\n"
     "                             put in place (saves the final flush, which counts on\n"
     "                             slow disks; a power cut soon after may leave OUTPUT\n"
@@ -131,6 +139,13 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             job.blockFrames = static_cast<int>(frameCount(arguments.valueFor(word), "--block", kMostBlockFrames));
         } else if (word == "--chunk") {
             job.chunkFrames = frameCount(arguments.valueFor(word), "--chunk", kMostChunkFrames);
+        } else if (word == "--tail") {
+            const std::string text = arguments.valueFor(word);
+            char* end = nullptr;
+            const double seconds = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end != '\0' || !(seconds >= 0.0) || seconds > kLongestTailSeconds * 100.0)
+                throw UsageError("--tail must be a number of seconds, 0 or more (up to 3000)");
+            job.tailSeconds = seconds;
         } else if (word == "--bits") {
             job.samples = bitsRequest(arguments.valueFor(word));
         } else if (word == "--double") {

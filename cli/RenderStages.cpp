@@ -33,11 +33,16 @@ std::int64_t RenderStages::read(InputFile& input, float* chunk) {
     return frames;
 }
 
-void RenderStages::process(const Chain& chain, float* chunk, std::int64_t frames) {
+void RenderStages::silence(float* chunk, std::int64_t from, std::int64_t to) const {
+    for (unsigned c = 0; c < channels_; ++c) std::fill(chunk + c * stride_ + from, chunk + c * stride_ + to, 0.0f);
+}
+
+void RenderStages::process(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first, TailWatch& tail) {
     for (std::int64_t start = 0; start < frames; start += blockFrames_) {
         const auto count = static_cast<int>(std::min<std::int64_t>(blockFrames_, frames - start));
         pointInto(chunk, start, blockPlanes_);
         chain.process(blockPlanes_.data(), count);
+        tail.take(blockPlanes_.data(), channels_, first + start, count);
         // Metered while the block is still in the cache; writing is the busier thread.
         after_.take(blockPlanes_.data(), count);
     }

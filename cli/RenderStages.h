@@ -11,6 +11,7 @@
 #include "AudioFile.h"
 #include "Chain.h"
 #include "Progress.h"
+#include "Tail.h"
 
 namespace afx {
 
@@ -23,8 +24,11 @@ public:
 
     // On the reading thread: fills a chunk, returns its frames (fewer only at the end).
     std::int64_t read(InputFile& input, float* chunk);
-    // On the calling thread: the chain over the chunk, `blockFrames` per call.
-    void process(const Chain& chain, float* chunk, std::int64_t frames);
+    // On the reading thread: silence in frames `from` to `to` of a chunk (the tail's input).
+    void silence(float* chunk, std::int64_t from, std::int64_t to) const;
+    // On the calling thread: the chain over the chunk, `blockFrames` per call;
+    // the chunk starts at frame `first` of the render, and `tail` sees every block.
+    void process(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first, TailWatch& tail);
     // On the writing thread.
     void write(OutputFile& output, const float* chunk, std::int64_t frames);
 

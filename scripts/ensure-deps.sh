@@ -10,7 +10,7 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev ladspa-sdk lv2-dev
   pybind11-dev python3-dev python3-numpy python3-soundfile)
 if [ "${1:-}" = --tests ]; then
-  packages+=(clang libclang-rt-14-dev ffmpeg sox lv2file lilv-utils sordi ardour
+  packages+=(clang libclang-rt-14-dev ffmpeg sox ecasound lv2file lilv-utils sordi ardour
     python3-pytest python3-matplotlib python3-distributed python3-pip python3-venv python3-setuptools)
 fi
 missing=()

@@ -1,13 +1,20 @@
 #include "Catalog.h"
 
+#include <dlfcn.h>
+#include <unistd.h>
+
 #include <cctype>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 
+#include "HostRanges.h"
 #include "Ordo/MakeStdString.h"
 #include "hostkit/Module.h"
+#include "hostkit/ModulePath.h"
 
 namespace AFBridge {
 
@@ -41,13 +48,40 @@ std::string joinedWords(const std::string& text, char separator) {
     return out;
 }
 
+bool readable(const std::string& path) { return !path.empty() && access(path.c_str(), R_OK) == 0; }
+
+// The module as the host kit finds it (AF_MODULE_PATH, beside this library,
+// the installed layout); when none is there, a library reached through a link
+// or copied elsewhere (/usr/lib/ladspa, ~/.ladspa) looks where the link leads,
+// then in the folder the build installs the module into.
+std::string locateBridgeModule() {
+    const std::string found = hostkit::locateModule(reinterpret_cast<const void*>(&uniqueIdFor));
+    if (readable(found) || std::getenv(hostkit::kModulePathVariable) != nullptr) return found;
+    Dl_info info{};
+    char resolved[PATH_MAX] = {};
+    if (dladdr(reinterpret_cast<void*>(&uniqueIdFor), &info) != 0 && info.dli_fname != nullptr &&
+        realpath(info.dli_fname, resolved) != nullptr) {
+        std::string folder = resolved;
+        folder.erase(folder.rfind('/') + 1);
+        const std::string installed = folder + "../audiofilters/" + hostkit::kModuleFile;
+        if (readable(installed)) return installed;
+    }
+#ifdef AF_INSTALLED_MODULE
+    if (readable(AF_INSTALLED_MODULE)) return AF_INSTALLED_MODULE;
+#endif
+    return found;
+}
+
 Unit unitFor(ML::VSTPropertySupportMixin::ParameterType type, const std::string& label) {
     switch (type) {
         case ML::VSTPropertySupportMixin::kDecibels: return Unit::Decibel;
         case ML::VSTPropertySupportMixin::kHertz: return Unit::Hertz;
         case ML::VSTPropertySupportMixin::kTime: return Unit::Second;
-        default: return label == "%" ? Unit::Percent : Unit::None;
+        default: break;
     }
+    // Plain numbers that are levels or shares all the same (a shelf's boost).
+    if (label == "dB") return Unit::Decibel;
+    return label == "%" ? Unit::Percent : Unit::None;
 }
 
 Control describeControl(const hostkit::Effect& effect, ML::VSTPropertySupportMixin& properties, unsigned index) {
@@ -62,35 +96,34 @@ Control describeControl(const hostkit::Effect& effect, ML::VSTPropertySupportMix
     control.type = properties.GetParameterType(index);
     control.unit = unitFor(control.type, control.label);
     const float normalised = effect.getParameter(static_cast<VstInt32>(index));
-    float minimum = properties.GetParameterMin(index);
-    float maximum = properties.GetParameterMax(index);
-    float initial = properties.ConvertParameterValueToDisplay(index, normalised);
-    if (control.type == ML::VSTPropertySupportMixin::kHertz) {
-        // The range was read at the reference rate; hosts scale it by their own.
-        control.sampleRateRelative = true;
-        control.logarithmic = minimum > 0.0f;
-        minimum = static_cast<float>(minimum / kReferenceRate);
-        maximum = static_cast<float>(maximum / kReferenceRate);
-        initial = static_cast<float>(initial / kReferenceRate);
-    }
+    control.minimum = properties.GetParameterMin(index);
+    control.maximum = properties.GetParameterMax(index);
+    control.effectMinimum = control.minimum;
+    control.defaultValue = properties.ConvertParameterValueToDisplay(index, normalised);
+    control.frequency = control.type == ML::VSTPropertySupportMixin::kHertz;
     // A plain number that lives on 0..1 is an on/off switch (Mute's toggles).
-    control.toggled = control.type == ML::VSTPropertySupportMixin::kNumber && minimum == 0.0f && maximum == 1.0f;
-    control.minimum = minimum;
-    control.maximum = maximum;
-    control.defaultValue = initial;
+    control.toggled = control.type == ML::VSTPropertySupportMixin::kNumber && control.minimum == 0.0f &&
+                      control.maximum == 1.0f;
+    declareForHosts(control);
     return control;
 }
 
-// Symbols must be unique within a plug-in: a repeated name gets the index appended.
+// Symbols must be unique within a plug-in. A name the effect gives twice
+// (Multitap Delay's "Level 4" at indices 8 and 11) tells neither port apart:
+// both get the parameter number in the symbol and the port name.
 void assignSymbols(std::vector<Control>& controls) {
-    std::set<std::string> used = {"in", "out"};
+    std::map<std::string, int> uses;
+    for (const Control& control : controls) ++uses[joinedWords(control.name, '_')];
+    std::set<std::string> used = {"latency"};
     for (Control& control : controls) {
         std::string symbol = joinedWords(control.name, '_');
-        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol.insert(0, "p_");
-        if (used.count(symbol) != 0) {
-            symbol += '_';
-            symbol += std::to_string(control.index + 1);
+        const std::string number = std::to_string(control.index + 1);
+        if (uses[symbol] > 1) {
+            symbol += "_p" + number;
+            control.portName += " [" + number + "]";
         }
+        if (symbol.empty() || std::isdigit(static_cast<unsigned char>(symbol.front()))) symbol.insert(0, "p_");
+        while (used.count(symbol) != 0) symbol += "_" + number;
         used.insert(symbol);
         control.symbol = symbol;
     }
@@ -108,6 +141,14 @@ std::string trimmed(const std::string& text) {
 std::string slugFor(const std::string& identifier) { return joinedWords(withoutPrefix(identifier), '-'); }
 
 std::string labelFor(const std::string& identifier) { return "af_" + joinedWords(withoutPrefix(identifier), '_'); }
+
+std::string familyOf(const std::string& identifier) {
+    const std::string rest = withoutPrefix(identifier);
+    for (const char* suffix : kVariantSuffixes) {
+        if (endsWith(rest, suffix)) return rest.substr(0, rest.size() - std::strlen(suffix));
+    }
+    return rest;
+}
 
 std::string displayNameFor(const std::string& familyName, const std::string& identifier) {
     const std::string rest = withoutPrefix(identifier);
@@ -133,7 +174,7 @@ hostkit::Effect makeEffect(const Plugin& plugin, double sampleRate) {
 }
 
 const Catalog& Catalog::Get() {
-    static const Catalog catalog = Load(hostkit::locateModule(reinterpret_cast<const void*>(&uniqueIdFor)));
+    static const Catalog catalog = Load(locateBridgeModule());
     return catalog;
 }
 
@@ -160,6 +201,7 @@ Catalog Catalog::Load(const std::string& modulePath) {
         catalog.plugins_.push_back(std::move(plugin));
     }
     catalog.describe();
+    addAliases(catalog.plugins_);
     return catalog;
 }
 
@@ -173,6 +215,9 @@ void Catalog::describe() {
         plugin.outputs = effect.outputCount();
         plugin.hasProperties = effect.properties() != nullptr;
         if (effect.properties() != nullptr) {
+            // The defaults hosts are given are the default program's (a fresh
+            // effect may hold other values until a program is chosen).
+            if (effect.record()->numPrograms > 0) effect.dispatch(effSetProgram, 0, 0);
             for (VstInt32 i = 0; i < effect.parameterCount(); ++i) {
                 plugin.controls.push_back(describeControl(effect, *effect.properties(), static_cast<unsigned>(i)));
             }

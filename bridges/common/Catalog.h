@@ -6,7 +6,9 @@
 //
 // The module is the one hostkit::locateModule finds from the bridge library:
 // AF_MODULE_PATH, else beside the library, else the installed layout
-// (lib/ladspa/ beside lib/audiofilters/).
+// (lib/ladspa/ beside lib/audiofilters/); a library reached through a link
+// or copied elsewhere then looks where the link leads and in the folder the
+// build installs the module into.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,8 +20,8 @@
 
 namespace AFBridge {
 
-// Frequencies are described as fractions of this rate; the host scales them
-// back by its own rate.
+// The rate at which the effects are described: a frequency's default in hertz
+// is the effect's default at this rate.
 inline constexpr double kReferenceRate = 48000.0;
 // The largest block handed to an effect in one call; longer host blocks are
 // processed in successive chunks of this many frames (and a shorter rest).
@@ -34,10 +36,12 @@ struct Control {
     std::string portName;         // "Cutoff (Hz)"
     std::string symbol;           // "cutoff": lower case, unique within the plug-in
     ML::VSTPropertySupportMixin::ParameterType type = ML::VSTPropertySupportMixin::kNotAParameter;
-    float minimum = 0.0f;         // display units; fractions of the rate when sampleRateRelative
+    float minimum = 0.0f;         // the range hosts are given, display units (see HostRanges.h)
     float maximum = 0.0f;
-    float defaultValue = 0.0f;    // the freshly made effect's value, in the same units
-    bool sampleRateRelative = false;  // a frequency whose range follows the rate
+    float defaultValue = 0.0f;    // the freshly made effect's value at the reference rate, same units
+    float effectMinimum = 0.0f;   // the effect's own minimum at the reference rate
+    bool frequency = false;           // hertz; the effect's own range follows the running rate
+    bool silenceAtFloor = false;      // a level whose declared minimum stands for the effect's silence token
     bool toggled = false;             // a switch: 0 off, 1 on
     bool logarithmic = false;
     Unit unit = Unit::None;
@@ -54,6 +58,7 @@ struct Plugin {
     int outputs = 0;
     std::vector<Control> controls;
     bool hasProperties = false;
+    std::string aliasOf;          // the URI of the plug-in this one repeats under another name, if any
     ML::VSTAudioFilterRegistry::Registration registration;
 };
 
@@ -80,10 +85,15 @@ private:
     std::vector<Plugin> plugins_;
 };
 
+// Appends, for every family known to users by another name (Bandreject as
+// "notch"), the same plug-ins under that name: labels, URIs and ids of their own.
+void addAliases(std::vector<Plugin>& plugins);
+
 // Pure derivations from the registry identifier, shared by both bridges and
 // by the tests.
 std::string slugFor(const std::string& identifier);     // "Internal Volume 5.1" -> "volume-5-1"
 std::string labelFor(const std::string& identifier);    // -> "af_volume_5_1"
+std::string familyOf(const std::string& identifier);     // "Internal Volume 5.1" -> "Volume"
 std::string displayNameFor(const std::string& familyName, const std::string& identifier);
 // LADSPA ids 0xAF0000..0xAFFFFF: 0xAF0000 plus the low 16 bits of the 32-bit
 // FNV-1a hash of the identifier's bytes. Stable across builds and orders.

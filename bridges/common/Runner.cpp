@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include "HostRanges.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -44,7 +46,11 @@ void Runner::connect(std::uint32_t port, void* data) {
         return;
     }
     index -= outputs_.size();
-    if (index < controls_.size()) controls_[index] = static_cast<const float*>(data);
+    if (index < controls_.size()) {
+        controls_[index] = static_cast<const float*>(data);
+        return;
+    }
+    if (index == controls_.size()) latency_ = static_cast<float*>(data);
 }
 
 void Runner::activate() { effect_.resume(); }
@@ -59,15 +65,17 @@ void Runner::applyControls() {
         // Compared as bits, so that a NaN that stays NaN is converted once.
         const std::uint32_t bits = std::bit_cast<std::uint32_t>(display);
         if (applied_[k] && bits == appliedBits_[k]) continue;
-        const unsigned index = plugin_.controls[k].index;
-        const float normalised = effect_.properties()->ConvertDisplayValueToParameter(index, display);
-        effect_.setParameter(static_cast<VstInt32>(index), normalised);
+        const Control& control = plugin_.controls[k];
+        const float safe = displayValueFor(control, display, *effect_.properties());
+        const float normalised = effect_.properties()->ConvertDisplayValueToParameter(control.index, safe);
+        effect_.setParameter(static_cast<VstInt32>(control.index), normalised);
         appliedBits_[k] = bits;
         applied_[k] = true;
     }
 }
 
 void Runner::run(std::uint64_t frames) {
+    if (latency_ != nullptr) *latency_ = 0.0f;
     applyControls();
     if (frames == 0) return;
     for (float* output : outputs_) {

@@ -20,7 +20,8 @@ public:
     static std::unique_ptr<Runner> create(const Plugin& plugin, double sampleRate);
     // The effect handle closes the effect when the runner goes.
 
-    // Port numbering shared by both bridges: inputs, then outputs, then controls.
+    // Port numbering shared by both bridges: inputs, then outputs, then controls;
+    // LV2 adds one output after those, the latency in frames (always 0).
     std::uint32_t portCount() const;
     void connect(std::uint32_t port, void* data);
 
@@ -44,6 +45,7 @@ private:
     std::vector<const float*> inputs_;
     std::vector<float*> outputs_;
     std::vector<const float*> controls_;
+    float* latency_ = nullptr;
     std::vector<std::uint32_t> appliedBits_;  // the display value last converted, as bits
     std::vector<bool> applied_;               // false until a control's first conversion
     std::vector<float*> chunk_;               // per channel: where the effect works in this chunk

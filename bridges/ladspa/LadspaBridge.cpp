@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/Catalog.h"
+#include "common/Channels.h"
 #include "common/Runner.h"
 
 namespace {
@@ -48,29 +49,22 @@ float between(const Control& control, float weightOfLower) {
 }
 
 // LADSPA can only say "minimum, low, middle, high, maximum, 0, 1, 100 or 440":
-// the effect's own default is matched exactly when one of these is it, and
-// otherwise by the nearest (on the port's own scale, logarithmic for frequencies).
+// the effect's own default is matched exactly when one of these is it (the
+// frequency ranges are chosen so that "high" is), and otherwise by the
+// nearest on the port's own scale.
 LADSPA_PortRangeHintDescriptor defaultHint(const Control& control) {
     if (control.toggled) return control.defaultValue > 0.5f ? LADSPA_HINT_DEFAULT_1 : LADSPA_HINT_DEFAULT_0;
     std::vector<DefaultChoice> choices;
-    if (control.sampleRateRelative) {
-        // Only the lower bound is declared (see controlHint): the minimum or the
-        // fixed 100 Hz and 440 Hz, the last two compared at the reference rate.
-        choices.push_back({LADSPA_HINT_DEFAULT_MINIMUM, control.minimum});
-        choices.push_back({LADSPA_HINT_DEFAULT_100, static_cast<float>(100.0 / AFBridge::kReferenceRate)});
-        choices.push_back({LADSPA_HINT_DEFAULT_440, static_cast<float>(440.0 / AFBridge::kReferenceRate)});
-    } else {
-        for (const DefaultChoice fixed : {DefaultChoice{LADSPA_HINT_DEFAULT_0, 0.0f}, DefaultChoice{LADSPA_HINT_DEFAULT_1, 1.0f},
-                                          DefaultChoice{LADSPA_HINT_DEFAULT_100, 100.0f},
-                                          DefaultChoice{LADSPA_HINT_DEFAULT_440, 440.0f}}) {
-            if (fixed.value >= control.minimum && fixed.value <= control.maximum) choices.push_back(fixed);
-        }
-        choices.push_back({LADSPA_HINT_DEFAULT_MINIMUM, control.minimum});
-        choices.push_back({LADSPA_HINT_DEFAULT_LOW, between(control, 0.75f)});
-        choices.push_back({LADSPA_HINT_DEFAULT_MIDDLE, between(control, 0.5f)});
-        choices.push_back({LADSPA_HINT_DEFAULT_HIGH, between(control, 0.25f)});
-        choices.push_back({LADSPA_HINT_DEFAULT_MAXIMUM, control.maximum});
+    for (const DefaultChoice fixed : {DefaultChoice{LADSPA_HINT_DEFAULT_0, 0.0f}, DefaultChoice{LADSPA_HINT_DEFAULT_1, 1.0f},
+                                      DefaultChoice{LADSPA_HINT_DEFAULT_100, 100.0f},
+                                      DefaultChoice{LADSPA_HINT_DEFAULT_440, 440.0f}}) {
+        if (fixed.value >= control.minimum && fixed.value <= control.maximum) choices.push_back(fixed);
     }
+    choices.push_back({LADSPA_HINT_DEFAULT_MINIMUM, control.minimum});
+    choices.push_back({LADSPA_HINT_DEFAULT_LOW, between(control, 0.75f)});
+    choices.push_back({LADSPA_HINT_DEFAULT_MIDDLE, between(control, 0.5f)});
+    choices.push_back({LADSPA_HINT_DEFAULT_HIGH, between(control, 0.25f)});
+    choices.push_back({LADSPA_HINT_DEFAULT_MAXIMUM, control.maximum});
     const bool logScale = control.logarithmic && control.minimum > 0.0f && control.defaultValue > 0.0f;
     auto distance = [&](float value) {
         if (logScale && value > 0.0f) return std::fabs(std::log(static_cast<double>(value)) - std::log(static_cast<double>(control.defaultValue)));
@@ -83,6 +77,8 @@ LADSPA_PortRangeHintDescriptor defaultHint(const Control& control) {
     return best.hint;
 }
 
+// Every port is bounded on both sides, in absolute units (no rate hint):
+// hosts show, check and default it as declared, and the bridge clamps.
 LADSPA_PortRangeHint controlHint(const Control& control) {
     LADSPA_PortRangeHint hint{};
     if (control.toggled) {
@@ -91,15 +87,6 @@ LADSPA_PortRangeHint controlHint(const Control& control) {
     }
     hint.LowerBound = control.minimum;
     hint.UpperBound = control.maximum;
-    if (control.sampleRateRelative) {
-        // FFmpeg compares control values with the bare bounds, without the
-        // rate, and would refuse every frequency above half a hertz: frequency
-        // ports declare their lower bound only (the upper one is still filled
-        // in, and the effect clamps frequencies to its range itself).
-        hint.HintDescriptor = LADSPA_HINT_BOUNDED_BELOW | LADSPA_HINT_SAMPLE_RATE | defaultHint(control);
-        if (control.logarithmic) hint.HintDescriptor |= LADSPA_HINT_LOGARITHMIC;
-        return hint;
-    }
     hint.HintDescriptor = LADSPA_HINT_BOUNDED_BELOW | LADSPA_HINT_BOUNDED_ABOVE | defaultHint(control);
     if (control.logarithmic) hint.HintDescriptor |= LADSPA_HINT_LOGARITHMIC;
     return hint;
@@ -136,12 +123,12 @@ std::unique_ptr<Entry> makeEntry(const Plugin& plugin) {
     entry->plugin = &plugin;
     for (int c = 0; c < plugin.inputs; ++c) {
         entry->kinds.push_back(LADSPA_PORT_INPUT | LADSPA_PORT_AUDIO);
-        entry->names.push_back("Input " + std::to_string(c + 1));
+        entry->names.push_back(AFBridge::channelRole(plugin.inputs, c).name + " In");
         entry->hints.push_back(LADSPA_PortRangeHint{});
     }
     for (int c = 0; c < plugin.outputs; ++c) {
         entry->kinds.push_back(LADSPA_PORT_OUTPUT | LADSPA_PORT_AUDIO);
-        entry->names.push_back("Output " + std::to_string(c + 1));
+        entry->names.push_back(AFBridge::channelRole(plugin.outputs, c).name + " Out");
         entry->hints.push_back(LADSPA_PortRangeHint{});
     }
     for (const Control& control : plugin.controls) {

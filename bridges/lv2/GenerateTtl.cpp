@@ -3,15 +3,15 @@
 // Writes the LV2 bundle's descriptions from the module itself: it loads the
 // module as a host does and describes every registered variant the way the
 // plug-in binary will present it (the same catalogue code, so the port order,
-// ranges and URIs cannot drift apart). Output: BUNDLE_DIR/manifest.ttl and
-// BUNDLE_DIR/AudioFilters.ttl.
+// ranges and URIs cannot drift apart). Output: BUNDLE_DIR/manifest.ttl,
+// BUNDLE_DIR/AudioFilters.ttl and BUNDLE_DIR/presets.ttl.
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "common/Catalog.h"
+#include "common/Channels.h"
 
 namespace {
 
@@ -21,13 +21,45 @@ using AFBridge::Plugin;
 using AFBridge::Unit;
 
 constexpr const char* kDescriptionFile = "AudioFilters.ttl";
+constexpr const char* kPresetFile = "presets.ttl";
+constexpr const char* kMakerName = "AudioFilters";
+// No licence file ships with the project yet: the URI names the project's own terms.
+constexpr const char* kLicense = "urn:audiofilters:license";
+// Bumped whenever the ports or their meaning change (LV2 hosts compare them).
+constexpr int kMinorVersion = 1;
+constexpr int kMicroVersion = 0;
 
 constexpr const char* kPrefixes =
     "@prefix doap: <http://usefulinc.com/ns/doap#> .\n"
+    "@prefix foaf: <http://xmlns.com/foaf/0.1/> .\n"
     "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+    "@prefix pg: <http://lv2plug.in/ns/ext/port-groups#> .\n"
     "@prefix pprops: <http://lv2plug.in/ns/ext/port-props#> .\n"
+    "@prefix pset: <http://lv2plug.in/ns/ext/presets#> .\n"
     "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
     "@prefix units: <http://lv2plug.in/ns/extensions/units#> .\n\n";
+
+struct FamilyClass {
+    const char* family;
+    const char* lv2Class;
+};
+
+// The LV2 category each family is listed under.
+constexpr FamilyClass kFamilyClasses[] = {
+    {"Highpass", "lv2:HighpassPlugin"}, {"Lowpass", "lv2:LowpassPlugin"},   {"Bandpass", "lv2:BandpassPlugin"},
+    {"Bandreject", "lv2:FilterPlugin"}, {"Parametric EQ", "lv2:ParaEQPlugin"}, {"Bass", "lv2:EQPlugin"},
+    {"Treble", "lv2:EQPlugin"},         {"Delay", "lv2:DelayPlugin"},       {"Multitap Delay", "lv2:DelayPlugin"},
+    {"Volume", "lv2:AmplifierPlugin"},  {"Channel Volume", "lv2:AmplifierPlugin"}, {"Mute", "lv2:AmplifierPlugin"},
+    {"Balance", "lv2:SpatialPlugin"},
+};
+
+const char* classOf(const Plugin& plugin) {
+    const std::string family = AFBridge::familyOf(plugin.identifier);
+    for (const FamilyClass& entry : kFamilyClasses) {
+        if (family == entry.family) return entry.lv2Class;
+    }
+    return "lv2:UtilityPlugin";  // swap, fill, invert
+}
 
 // A Turtle number that reads back as the same float (nine significant digits).
 std::string number(float value) {
@@ -59,20 +91,31 @@ const char* unitTerm(Unit unit) {
     return nullptr;
 }
 
-void audioPort(std::ostream& out, unsigned index, bool input, int channel) {
+// Channel Volume 5.1 names its six levels Left, Right, Left Surround, Right
+// Surround, Center, LFE, but level k scales buffer k (L, R, C, LFE, Ls, Rs):
+// the port says which channel it really changes.
+std::string controlComment(const Plugin& plugin, const Control& control) {
+    if (AFBridge::familyOf(plugin.identifier) == "Channel Volume" && plugin.inputs == 6) {
+        return "Scales the " + AFBridge::channelRole(plugin.inputs, static_cast<int>(control.index)).name + " channel.";
+    }
+    if (control.silenceAtFloor) return "At the minimum the channel is silent.";
+    return std::string();
+}
+
+void audioPort(std::ostream& out, const Plugin& plugin, unsigned index, bool input, int channel) {
+    const int channels = input ? plugin.inputs : plugin.outputs;
+    const AFBridge::ChannelRole role = AFBridge::channelRole(channels, channel);
     out << "    lv2:port [\n"
         << "        a lv2:" << (input ? "InputPort" : "OutputPort") << " , lv2:AudioPort ;\n"
         << "        lv2:index " << index << " ;\n"
-        << "        lv2:symbol \"" << (input ? "in_" : "out_") << channel << "\" ;\n"
-        << "        lv2:name \"" << (input ? "Input " : "Output ") << channel << "\"\n"
-        << "    ] ;\n";
+        << "        lv2:symbol \"" << (input ? "in_" : "out_") << channel + 1 << "\" ;\n"
+        << "        lv2:name " << quoted(role.name + (input ? " In" : " Out")) << " ;\n"
+        << "        pg:group <" << plugin.uri << (input ? "#in" : "#out") << ">";
+    if (role.designation != nullptr) out << " ;\n        lv2:designation " << role.designation;
+    out << "\n    ] ;\n";
 }
 
-// A frequency's minimum, maximum and default are all fractions of the rate
-// (lv2:sampleRate). Hosts that take the default as it stands (FFmpeg, lv2file)
-// start such a port at a fraction of a hertz, which the effect clamps to its
-// lowest frequency: give frequencies explicitly there.
-void controlPort(std::ostream& out, unsigned index, const Control& control, bool last) {
+void controlPort(std::ostream& out, const Plugin& plugin, unsigned index, const Control& control) {
     const char* unit = unitTerm(control.unit);
     // With a unit the host shows the unit itself; otherwise the effect's label stays in the name.
     const std::string name = unit != nullptr ? control.name : control.portName;
@@ -85,32 +128,71 @@ void controlPort(std::ostream& out, unsigned index, const Control& control, bool
         << "        lv2:minimum " << number(control.minimum) << " ;\n"
         << "        lv2:maximum " << number(control.maximum);
     if (control.toggled) out << " ;\n        lv2:portProperty lv2:toggled";
-    if (control.sampleRateRelative) out << " ;\n        lv2:portProperty lv2:sampleRate";
     if (control.logarithmic) out << " ;\n        lv2:portProperty pprops:logarithmic";
     if (unit != nullptr) out << " ;\n        units:unit " << unit;
-    out << "\n    ]" << (last ? " .\n\n" : " ;\n");
+    const std::string comment = controlComment(plugin, control);
+    if (!comment.empty()) out << " ;\n        rdfs:comment " << quoted(comment);
+    out << "\n    ] ;\n";
+}
+
+// The effects add no delay; hosts that compensate read it from this port.
+void latencyPort(std::ostream& out, unsigned index) {
+    out << "    lv2:port [\n"
+        << "        a lv2:OutputPort , lv2:ControlPort ;\n"
+        << "        lv2:index " << index << " ;\n"
+        << "        lv2:symbol \"latency\" ;\n"
+        << "        lv2:name \"Latency\" ;\n"
+        << "        lv2:designation lv2:latency ;\n"
+        << "        lv2:minimum 0 ;\n"
+        << "        lv2:maximum 0 ;\n"
+        << "        lv2:portProperty lv2:reportsLatency , lv2:integer ;\n"
+        << "        units:unit units:frame\n"
+        << "    ] .\n\n";
+}
+
+void group(std::ostream& out, const Plugin& plugin, bool input) {
+    const int channels = input ? plugin.inputs : plugin.outputs;
+    out << "<" << plugin.uri << (input ? "#in" : "#out") << ">\n"
+        << "    a " << AFBridge::channelGroupClass(channels) << " , " << (input ? "pg:InputGroup" : "pg:OutputGroup")
+        << " ;\n"
+        << "    lv2:symbol \"" << (input ? "in" : "out") << "\" ;\n"
+        << "    lv2:name \"" << (input ? "Input" : "Output") << "\" .\n\n";
 }
 
 void describe(std::ostream& out, const Plugin& plugin) {
+    group(out, plugin, true);
+    group(out, plugin, false);
+    std::string comment = "The module's \"" + plugin.identifier + "\" effect.";
+    if (!plugin.aliasOf.empty()) comment += " The same plug-in as <" + plugin.aliasOf + ">.";
     out << "<" << plugin.uri << ">\n"
-        << "    a lv2:Plugin ;\n"
+        << "    a lv2:Plugin , doap:Project , " << classOf(plugin) << " ;\n"
         << "    doap:name " << quoted(plugin.name) << " ;\n"
-        << "    rdfs:comment " << quoted("The module's \"" + plugin.identifier + "\" effect.") << " ;\n"
-        << "    lv2:optionalFeature lv2:hardRTCapable ;\n";
+        << "    doap:maintainer [ a foaf:Organization ; foaf:name " << quoted(kMakerName) << " ] ;\n"
+        << "    doap:license <" << kLicense << "> ;\n"
+        << "    lv2:minorVersion " << kMinorVersion << " ;\n"
+        << "    lv2:microVersion " << kMicroVersion << " ;\n"
+        << "    rdfs:comment " << quoted(comment) << " ;\n"
+        << "    lv2:optionalFeature lv2:hardRTCapable ;\n"
+        << "    pg:mainInput <" << plugin.uri << "#in> ;\n"
+        << "    pg:mainOutput <" << plugin.uri << "#out> ;\n";
     unsigned index = 0;
-    const std::size_t total = static_cast<std::size_t>(plugin.inputs + plugin.outputs) + plugin.controls.size();
-    for (int c = 0; c < plugin.inputs; ++c) audioPort(out, index++, true, c + 1);
-    for (int c = 0; c < plugin.outputs; ++c) {
-        const bool last = index + 1 == total;
-        std::ostringstream port;
-        audioPort(port, index++, false, c + 1);
-        std::string text = port.str();
-        if (last) text.replace(text.size() - 3, 3, " .\n\n");
-        out << text;
+    for (int c = 0; c < plugin.inputs; ++c) audioPort(out, plugin, index++, true, c);
+    for (int c = 0; c < plugin.outputs; ++c) audioPort(out, plugin, index++, false, c);
+    for (const Control& control : plugin.controls) controlPort(out, plugin, index++, control);
+    latencyPort(out, index);
+}
+
+// The default program as a preset: every control at the effect's default.
+void preset(std::ostream& out, const Plugin& plugin) {
+    out << "<" << plugin.uri << "#default>\n"
+        << "    a pset:Preset ;\n"
+        << "    lv2:appliesTo <" << plugin.uri << "> ;\n"
+        << "    rdfs:label \"Default\"";
+    for (const Control& control : plugin.controls) {
+        out << " ;\n    lv2:port [ lv2:symbol " << quoted(control.symbol) << " ; pset:value "
+            << number(control.defaultValue) << " ]";
     }
-    for (std::size_t k = 0; k < plugin.controls.size(); ++k) {
-        controlPort(out, index++, plugin.controls[k], k + 1 == plugin.controls.size());
-    }
+    out << " .\n\n";
 }
 
 }  // namespace
@@ -132,18 +214,26 @@ int main(int argc, char** argv) {
     }
     std::ofstream manifest(bundle + "/manifest.ttl");
     std::ofstream descriptions(bundle + "/" + kDescriptionFile);
+    std::ofstream presets(bundle + "/" + kPresetFile);
     manifest << kPrefixes;
     descriptions << kPrefixes;
+    presets << kPrefixes;
     for (const Plugin& plugin : catalog.plugins()) {
         manifest << "<" << plugin.uri << ">\n"
-                 << "    a lv2:Plugin ;\n"
+                 << "    a lv2:Plugin , doap:Project , " << classOf(plugin) << " ;\n"
                  << "    lv2:binary <" << argv[3] << "> ;\n"
-                 << "    rdfs:seeAlso <" << kDescriptionFile << "> .\n\n";
+                 << "    rdfs:seeAlso <" << kDescriptionFile << "> .\n\n"
+                 << "<" << plugin.uri << "#default>\n"
+                 << "    a pset:Preset ;\n"
+                 << "    lv2:appliesTo <" << plugin.uri << "> ;\n"
+                 << "    rdfs:seeAlso <" << kPresetFile << "> .\n\n";
         describe(descriptions, plugin);
+        preset(presets, plugin);
     }
     manifest.close();
     descriptions.close();
-    if (!manifest || !descriptions) {
+    presets.close();
+    if (!manifest || !descriptions || !presets) {
         std::fprintf(stderr, "af_lv2_ttl: cannot write into %s\n", bundle.c_str());
         return 1;
     }

@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -93,7 +95,8 @@ bool haveTool(const std::string& tool) {
 
 CommandResult runCommand(const std::string& command) {
     CommandResult result;
-    const std::string full = "LADSPA_PATH=" + shellQuoted(ladspaFolder()) + " LV2_PATH=" + shellQuoted(lv2Folder()) + " " +
+    // The system bundles after ours: the LV2 vocabulary (classes, units) hosts read along.
+    const std::string full = "LADSPA_PATH=" + shellQuoted(ladspaFolder()) + " LV2_PATH=" + shellQuoted(lv2Folder() + ":/usr/lib/lv2") + " " +
                              sanitizerPrefix() + "sh -c " + shellQuoted(command) + " 2>&1";
     FILE* pipe = popen(full.c_str(), "r");
     if (pipe == nullptr) return result;
@@ -209,6 +212,38 @@ std::vector<Setting> settingsOf(const std::vector<float>& controls) {
     std::vector<Setting> settings;
     for (std::size_t k = 0; k < controls.size(); ++k) settings.emplace_back(static_cast<int>(k), controls[k]);
     return settings;
+}
+
+// The range a host is given for a control, worked out here from the effect's
+// own description at 48 kHz, its default program chosen: a frequency runs to 20 kHz from where the
+// logarithmic "high" point (three quarters of the way up) is the default; a
+// level whose floor is -999 dB starts at -90 dB; anything else keeps its range.
+std::pair<double, double> hostRange(aftest::HostEffect& fx, unsigned index) {
+    const auto type = fx.properties()->GetParameterType(index);
+    const double minimum = fx.properties()->GetParameterMin(index);
+    const double maximum = fx.properties()->GetParameterMax(index);
+    if (type == ML::VSTPropertySupportMixin::kHertz) {
+        const double initial = fx.properties()->ConvertParameterValueToDisplay(index, fx.getParameter(static_cast<int>(index)));
+        return {std::min(10.0, std::pow(initial, 4.0) / std::pow(20000.0, 3.0)), 20000.0};
+    }
+    if (minimum == -999.0) return {-90.0, maximum};
+    return {minimum, maximum};
+}
+
+// "Name (label)" without blanks around either, the label left out when the
+// name starts with it; a name the effect uses twice gets the parameter number.
+std::string expectedPortName(aftest::HostEffect& fx, int index) {
+    auto trim = [](const std::string& text) {
+        const std::size_t first = text.find_first_not_of(' ');
+        return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(' ') - first + 1);
+    };
+    const std::string name = trim(fx.parameterName(index));
+    const std::string label = trim(fx.parameterLabel(index));
+    std::string port = label.empty() || name.rfind(label, 0) == 0 ? name : name + " (" + label + ")";
+    int sameName = 0;
+    for (int other = 0; other < fx.effect()->numParams; ++other) sameName += trim(fx.parameterName(other)) == name ? 1 : 0;
+    if (sameName > 1) port += " [" + std::to_string(index + 1) + "]";
+    return port;
 }
 
 }  // namespace bridgetest

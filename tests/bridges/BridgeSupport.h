@@ -67,6 +67,11 @@ std::vector<Setting> settingsOf(const std::vector<float>& controls);
 // Partition of `frames` into blocks of `blockSize` and a shorter rest.
 std::vector<int> partition(int frames, int blockSize);
 
+// The LADSPA port name of parameter `index`: "Cutoff (Hz)".
+std::string expectedPortName(aftest::HostEffect& fx, int index);
+// The range the bridges declare to hosts for parameter `index` of a started effect.
+std::pair<double, double> hostRange(aftest::HostEffect& fx, unsigned index);
+
 // Whether the module makes the effect registered under `identifier`.
 bool effectAvailable(const std::string& identifier);
 

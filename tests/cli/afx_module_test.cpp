@@ -181,8 +181,9 @@ TEST_P(AfxModuleRender, EqualsDrivingTheEffectsDirectly) {
 
     ScratchFolder folder;
     writeFloatWav(folder.file("in.wav"), render.channels, kRate, input);
+    // No tail: the output is exactly as long as the input.
     std::vector<std::string> arguments = {"render", folder.file("in.wav"), folder.file("out.wav"), "--float",
-                                          "--block", std::to_string(kBlock)};
+                                          "--block", std::to_string(kBlock), "--tail", "0"};
     for (std::size_t i = 0; i < render.chain.size(); ++i) {
         arguments.push_back("-e");
         arguments.push_back(render.typed[i]);
@@ -259,7 +260,7 @@ TEST_P(AfxModuleChunkedRender, EqualsDrivingTheEffectsDirectly) {
     ScratchFolder folder;
     writeFloatWav(folder.file("in.wav"), render.channels, kRate, input);
     std::vector<std::string> arguments = {"render", folder.file("in.wav"), folder.file("out.wav"), "--float",
-                                          "--quiet", "--block", std::to_string(render.block)};
+                                          "--quiet", "--block", std::to_string(render.block), "--tail", "0"};
     if (render.chunk > 0) arguments.insert(arguments.end(), {"--chunk", std::to_string(render.chunk)});
     for (const Link& link : chain) {
         arguments.insert(arguments.end(), {"-e", link.identifier});
@@ -289,6 +290,75 @@ INSTANTIATE_TEST_SUITE_P(
                       ChunkedRender{"16 channels, empty input", 16, 0, 1024, 0},
                       ChunkedRender{"stereo, one frame", 2, 1, 1024, 0}),
     NameFromWhy());
+
+// After the input, a delay keeps sounding: afx feeds it silence, exactly as
+// long as asked, or by default until its output has been quiet (below
+// -120 dBFS) for two seconds. Either way the output is the effect driven
+// directly over the input followed by that much silence.
+struct TailCase {
+    const char* why;
+    std::vector<std::string> tail;  // the --tail option as typed, or nothing
+    std::int64_t expectedTailFrames;  // -1: found by the test from the direct run
+};
+
+void PrintTo(const TailCase& tail, std::ostream* out) { *out << tail.why; }
+
+class AfxModuleTail : public ::testing::TestWithParam<TailCase> {};
+
+TEST_P(AfxModuleTail, RunsTheDelayOnSilenceAfterTheInput) {
+    SKIP_UNLESS_REGISTERED();
+    constexpr int kRate = 8000;
+    constexpr int kFrames = 1000;
+    constexpr int kBlock = 256;
+    constexpr int kQuietFrames = 2 * kRate;
+    // 0.1 s echoes, each half the one before (-6 dB): 20 echoes fall 120 dB.
+    const std::vector<Link> chain = {{"Internal Delay Mono", {{0, 0.05f}, {1, 0.5f}, {2, 0.5f}}}};
+    const std::int64_t longest = 20 * kRate;
+    std::vector<float> padded = testSignal(1, kFrames);
+    padded.resize(static_cast<std::size_t>(kFrames + longest), 0.0f);
+    const auto direct = driveDirectly(chain, 1, kRate, kBlock, padded);
+    if (!direct) GTEST_SKIP() << "the module does not make the delay yet";
+    std::int64_t tailFrames = GetParam().expectedTailFrames;
+    if (tailFrames < 0) {
+        // Independently of afx: the last frame at or above -120 dBFS, then two seconds of quiet.
+        std::int64_t lastLoud = kFrames - 1;
+        for (std::int64_t i = kFrames; i < static_cast<std::int64_t>(direct->size()); ++i) {
+            if (!(std::fabs((*direct)[static_cast<std::size_t>(i)]) < 1.0e-6f)) lastLoud = i;
+        }
+        ASSERT_LT(lastLoud + kQuietFrames, static_cast<std::int64_t>(direct->size()));
+        ASSERT_GT(lastLoud, kFrames + kRate) << "the echoes last more than a second";
+        tailFrames = lastLoud + kQuietFrames + 1 - kFrames;
+    }
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), 1, kRate, testSignal(1, kFrames));
+    std::vector<std::string> arguments = {"render", folder.file("in.wav"), folder.file("out.wav"), "--float",
+                                          "--quiet", "--block", std::to_string(kBlock), "--chunk", "700",
+                                          "-e", chain[0].identifier};
+    for (const Setting& setting : chain[0].settings) arguments.insert(arguments.end(), {"--set", settingText(setting)});
+    arguments.insert(arguments.end(), GetParam().tail.begin(), GetParam().tail.end());
+    const Outcome outcome = runAfx(arguments);
+    ASSERT_EQ(outcome.exitStatus, 0) << outcome.err;
+    WavData output;
+    ASSERT_TRUE(readWav(folder.file("out.wav"), output));
+    const std::vector<float> samples = output.floats();
+    ASSERT_EQ(static_cast<std::int64_t>(samples.size()), kFrames + tailFrames);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(samples[i]), std::bit_cast<std::uint32_t>((*direct)[i])) << "sample " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(Tails, AfxModuleTail,
+                         ::testing::Values(TailCase{"none when asked for zero", {"--tail", "0"}, 0},
+                                           TailCase{"exactly as asked", {"--tail", "0.75"}, 6000},
+                                           TailCase{"until quiet by default", {}, -1}),
+                         NameFromWhy());
+
+TEST(AfxModule, RefusesANegativeOrNonNumericTail) {
+    SKIP_UNLESS_REGISTERED();
+    for (const char* bad : {"-1", "soon", "nan"}) {
+        const Outcome outcome = runAfx({"render", "in.wav", "out.wav", "-e", "delay", "--tail", bad});
+        EXPECT_EQ(outcome.exitStatus, 2) << bad << ": " << outcome.err;
+    }
+}
 
 TEST(AfxModule, ListsTheFiftyFiveRegistrationsInOrder) {
     SKIP_UNLESS_REGISTERED();
@@ -428,7 +498,9 @@ TEST(AfxModule, AnyChannelCountThroughInstancesSideBySide) {
         ScratchFolder folder;
         const std::vector<float> input = testSignal(wide.channels, kFrames);
         writeFloatWav(folder.file("in.wav"), wide.channels, kRate, input);
-        const Outcome outcome = runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", wide.effect});
+        // No tail: the output is as long as the input, the delay's too.
+        const Outcome outcome =
+            runAfx({"render", folder.file("in.wav"), folder.file("out.wav"), "-e", wide.effect, "--tail", "0"});
         if (outcome.exitStatus == 1 && outcome.err.find("makes no instance") != std::string::npos)
             GTEST_SKIP() << "the module does not make " << wide.variant << " yet";
         ASSERT_EQ(outcome.exitStatus, 0) << wide.effect << ": " << outcome.err;
@@ -573,8 +645,8 @@ TEST(AfxModule, DemoRendersTheBundledExample) {
     ASSERT_TRUE(readWav(folder.file("demo.wav"), output));
     EXPECT_EQ(output.channels, 2);
     EXPECT_EQ(output.sampleRate, 44100);
-    EXPECT_EQ(output.bytes.size(), input.bytes.size());
-    EXPECT_NE(output.bytes, input.bytes);
+    // The delay's echoes go on after the input: the output is longer.
+    EXPECT_GT(output.bytes.size(), input.bytes.size());
     EXPECT_NE(outcome.out.find("Internal Highpass Stereo: Cutoff = "), std::string::npos) << outcome.out;
     // Run again: the demo replaces its output without asking.
     EXPECT_EQ(runAfx({"demo", folder.file("demo.wav"), "--quiet"}).exitStatus, 0);
