@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Builds and runs every test: a Release build, then the same suite under the
-# address and undefined-behaviour sanitizers, then under the thread sanitizer,
-# then the test program built by clang, then the validator over every
-# registered effect in the first two builds, then each fuzzer for a minute.
+# Builds and runs every test: a Release build with the Python package, the VST 2,
+# LV2 and LADSPA plug-ins in Ardour 7 headless, the suite again with the plain
+# loops, then under the address and undefined-behaviour sanitizers, under the
+# thread sanitizer, built by clang, the Python package installed by pip, the
+# validator over every registered effect, and each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/ensure-deps.sh --tests
