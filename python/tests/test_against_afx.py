@@ -45,7 +45,9 @@ def test_effect_equals_afx_render(info, afx, tmp_path):
     source, rendered = tmp_path / "in.wav", tmp_path / "out.wav"
     write_float_wav(source, rows, RATE)
     settings = settings_for(info)
-    afx("render", source, rendered, "-e", info.identifier, *afx_arguments(settings), "--float", "--quiet")
+    # The Python effect processes exactly the frames it is given: no tail from afx either.
+    afx("render", source, rendered, "-e", info.identifier, *afx_arguments(settings), "--float", "--quiet",
+        "--tail", "0")
 
     effect = af.Effect(info.identifier, info.channels, RATE)
     apply(effect, settings)
@@ -59,7 +61,7 @@ def test_chain_and_block_size_equal_afx(block, afx, tmp_path):
     write_float_wav(source, rows, RATE)
     afx("render", source, rendered, "-e", "highpass", "-p", "cutoff=80", "-e", "parametric-eq", "-p",
         "center=2500", "-p", "boost=4", "-e", "delay", "-p", "delay=0.01", "-p", "feedback=35", "-e", "volume",
-        "-p", "level=2", "--block", block, "--float", "--quiet")
+        "-p", "level=2", "--block", block, "--float", "--quiet", "--tail", "0")
     chain = af.Chain([af.Effect("highpass", 2, RATE, cutoff=80), af.Effect("parametric-eq", 2, RATE, center=2500, boost=4),
                       af.Effect("delay", 2, RATE, delay=0.01, feedback=35), af.Effect("volume", 2, RATE, level=2)])
     expected = read_rows(rendered)
