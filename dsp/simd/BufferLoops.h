@@ -79,7 +79,7 @@ struct Subtract {
 // groups per pass, both read before either is written: fewer loop steps per
 // store, and still every output after its own inputs only.
 template <class Rule>
-inline int fourAtATime(float* out, const float* in, int frames, const Rule& rule) noexcept {
+inline int fourAtATime(float* out, const float* in, int frames, const Rule rule) noexcept {
     int i = 0;
     for (; frames - i >= 8; i += 8) {
         const __m128 first = rule.four(out + i, _mm_loadu_ps(in + i));
@@ -93,7 +93,7 @@ inline int fourAtATime(float* out, const float* in, int frames, const Rule& rule
 
 template <class Rule>
 __attribute__((target("avx2"))) inline int eightAtATime(float* out, const float* in, int frames,
-                                                        const Rule& rule) noexcept {
+                                                        const Rule rule) noexcept {
     int i = 0;
     for (; frames - i >= 16; i += 16) {
         const __m256 first = rule.eight(out + i, _mm256_loadu_ps(in + i));
@@ -109,7 +109,7 @@ __attribute__((target("avx2"))) inline int eightAtATime(float* out, const float*
 
 // out[i] = rule(out[i], in[i]) for i = 0 .. frames-1; in place is out == in.
 template <class Rule>
-inline void apply(VectorPath path, float* out, const float* in, int frames, const Rule& rule) noexcept {
+inline void apply(VectorPath path, float* out, const float* in, int frames, const Rule rule) noexcept {
     int i = 0;
 #if AF_SIMD_X86
     if (path != VectorPath::scalar && frames > 0 && sameOrApart(out, in, frames)) {
