@@ -1,6 +1,6 @@
 #include "ListedCounts.h"
 
-#include <cstring>
+#include <unordered_map>
 
 #include "CommandLine.h"
 #include "EffectNames.h"
@@ -28,20 +28,29 @@ constexpr FamilyParameters kFamilyParameters[] = {
 // The channel counts a family's identifiers can name.
 constexpr unsigned kChannelCounts[] = {1, 2, 6, 16};
 
+// Every identifier the families can register, in lower case, with its counts.
+std::unordered_map<std::string, ListedCounts> countsByIdentifier() {
+    std::unordered_map<std::string, ListedCounts> table;
+    for (const FamilyParameters& row : kFamilyParameters) {
+        const Family* family = findFamily(row.family);
+        if (family == nullptr) continue;
+        for (unsigned channels : kChannelCounts) {
+            const std::string identifier = familyIdentifier(*family, channels);
+            if (identifier.empty()) continue;
+            const int count = static_cast<int>(channels);
+            table.emplace(toLower(identifier), ListedCounts{count, row.fixed + (row.onePerChannel ? count : 0)});
+        }
+    }
+    return table;
+}
+
 }  // namespace
 
 std::optional<ListedCounts> knownCounts(const std::string& identifier) {
-    const Family* family = familyOfIdentifier(identifier);
-    if (family == nullptr) return std::nullopt;
-    for (const FamilyParameters& row : kFamilyParameters) {
-        if (std::strcmp(row.family, family->name) != 0) continue;
-        for (unsigned channels : kChannelCounts) {
-            if (!equalsIgnoringCase(familyIdentifier(*family, channels), identifier)) continue;
-            const int count = static_cast<int>(channels);
-            return ListedCounts{count, row.fixed + (row.onePerChannel ? count : 0)};
-        }
-    }
-    return std::nullopt;
+    static const std::unordered_map<std::string, ListedCounts> table = countsByIdentifier();
+    const auto found = table.find(toLower(identifier));
+    if (found == table.end()) return std::nullopt;
+    return found->second;
 }
 
 }  // namespace afx
