@@ -8,6 +8,7 @@
 #include "Commands.h"
 #include "Errors.h"
 #include "Json.h"
+#include "ListedCounts.h"
 #include "ModuleHost.h"
 
 namespace afx {
@@ -58,7 +59,10 @@ int listCommand(Arguments& arguments, const std::string& defaultModule) {
     std::vector<Row> rows;
     for (const auto& registration : host.registrations()) {
         Row row{registration.id.c_str(), displayName(registration), registration.flags, -1, -1};
-        if (auto effect = host.create(registration)) {
+        if (const auto counts = knownCounts(row.identifier)) {
+            row.channels = counts->channels;
+            row.parameters = counts->parameters;
+        } else if (auto effect = host.create(registration)) {
             row.channels = effect->inputCount();
             row.parameters = effect->parameterCount();
         }

@@ -40,7 +40,16 @@ std::int64_t RenderPipeline::run(const Reader& read, const Processor& process, c
         inputEnded_ = processingEnded_ = failed_ = false;
         error_ = nullptr;
     }
-    std::thread reader([&] { readAll(read); });
+    // The first chunk is read here. When the input ends within it (a short
+    // file), that chunk is the whole job: processing and writing it on this
+    // thread costs less than starting the two threads would.
+    if (!readChunk(read, 0)) {
+        processAll(process);
+        writeAll(write);
+        if (error_) std::rethrow_exception(error_);
+        return framesWritten_;
+    }
+    std::thread reader([&] { readAll(read, 1); });
     std::thread writer;
     try {
         writer = std::thread([&] { writeAll(write); });
@@ -65,28 +74,32 @@ void RenderPipeline::fail(std::exception_ptr error) {
     chunkProcessed_.notify_all();
 }
 
-void RenderPipeline::readAll(const Reader& read) {
+bool RenderPipeline::readChunk(const Reader& read, std::int64_t sequence) {
     try {
-        for (std::int64_t sequence = 0;; ++sequence) {
-            {
-                std::unique_lock<std::mutex> lock(mutex_);
-                slotFreed_.wait(lock, [&] { return failed_ || sequence - written_ < depth_; });
-                if (failed_) return;
-            }
-            // The slot is this thread's alone until the chunk is handed on.
-            Slot& slot = slotOf(sequence);
-            const std::int64_t frames = std::clamp<std::int64_t>(read(slot.samples.data()), 0, chunkFrames_);
-            slot.frames = frames;
-            {
-                const std::lock_guard<std::mutex> lock(mutex_);
-                if (frames > 0) read_ = sequence + 1;
-                if (frames < chunkFrames_) inputEnded_ = true;
-            }
-            chunkRead_.notify_one();
-            if (frames < chunkFrames_) return;
+        {
+            std::unique_lock<std::mutex> lock(mutex_);
+            slotFreed_.wait(lock, [&] { return failed_ || sequence - written_ < depth_; });
+            if (failed_) return false;
         }
+        // The slot is this thread's alone until the chunk is handed on.
+        Slot& slot = slotOf(sequence);
+        const std::int64_t frames = std::clamp<std::int64_t>(read(slot.samples.data()), 0, chunkFrames_);
+        slot.frames = frames;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            if (frames > 0) read_ = sequence + 1;
+            if (frames < chunkFrames_) inputEnded_ = true;
+        }
+        chunkRead_.notify_one();
+        return frames == chunkFrames_;
     } catch (...) {
         fail(std::current_exception());
+        return false;
+    }
+}
+
+void RenderPipeline::readAll(const Reader& read, std::int64_t firstSequence) {
+    for (std::int64_t sequence = firstSequence; readChunk(read, sequence); ++sequence) {
     }
 }
 

@@ -32,7 +32,8 @@ public:
     // not full, which is also processed and written when it holds frames) and
     // returns the frames that passed. When a stage throws, the others stop at
     // their next chunk and the first exception thrown is rethrown here, once
-    // both threads are joined.
+    // both threads are joined. An input that ends within its first chunk
+    // starts no thread: its one chunk goes through the three stages in turn.
     std::int64_t run(const Reader& read, const Processor& process, const Writer& write);
 
     std::int64_t chunkFrames() const { return chunkFrames_; }
@@ -44,7 +45,10 @@ private:
         std::int64_t frames = 0;
     };
 
-    void readAll(const Reader& read);
+    // Reads chunk `sequence` into its slot once the slot is free; false when
+    // the input ended with it or a stage failed.
+    bool readChunk(const Reader& read, std::int64_t sequence);
+    void readAll(const Reader& read, std::int64_t firstSequence);
     void processAll(const Processor& process);
     void writeAll(const Writer& write);
     void fail(std::exception_ptr error);

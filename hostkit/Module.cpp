@@ -26,10 +26,18 @@ const void* fileBase(const void* address) {
 std::vector<Registration> registrationsFrom(const void* base) {
     std::vector<Registration> mine;
     std::set<std::string> seen;
+    // Asking the loader where an address lives walks the file's symbol table,
+    // and a module registers every effect with one factory: ask once per factory.
+    const void* lastFactory = nullptr;
+    bool lastFactoryIsMine = false;
     for (Registration& registration : ML::VSTAudioFilterRegistry::Registrations()) {
-        if (registration.factory == nullptr ||
-            fileBase(reinterpret_cast<const void*>(registration.factory)) != base)
-            continue;
+        const void* factory = reinterpret_cast<const void*>(registration.factory);
+        if (factory == nullptr) continue;
+        if (factory != lastFactory) {
+            lastFactory = factory;
+            lastFactoryIsMine = fileBase(factory) == base;
+        }
+        if (!lastFactoryIsMine) continue;
         if (seen.insert(registration.id.c_str()).second) mine.push_back(std::move(registration));
     }
     return mine;

@@ -13,6 +13,7 @@
 #include <limits>
 #include <set>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -125,21 +126,81 @@ TEST(RenderPipeline, NeverMoreThanTheRingInFlight) {
     EXPECT_EQ(buffers.size(), static_cast<std::size_t>(kDepth));
 }
 
-// The effects are made on the calling thread and are driven there too.
+// The effects are made on the calling thread and are driven there too. The
+// calling thread reads the first chunk, to see whether the input ends within
+// it; every later chunk is read on the reader's own thread.
 TEST(RenderPipeline, ProcessesOnTheCallingThread) {
     RenderPipeline pipeline(8, 8, 4);
     Source source{1, 100, 8};
     const std::thread::id caller = std::this_thread::get_id();
     std::set<std::thread::id> processing;
-    std::atomic<bool> readElsewhere{true};
+    std::atomic<int> readsHere{0};
+    std::atomic<int> readsElsewhere{0};
     pipeline.run(
         [&](float* chunk) {
-            if (std::this_thread::get_id() == caller) readElsewhere = false;
+            ++(std::this_thread::get_id() == caller ? readsHere : readsElsewhere);
             return source(chunk, 8);
         },
         [&](float*, std::int64_t) { processing.insert(std::this_thread::get_id()); }, [](const float*, std::int64_t) {});
     EXPECT_EQ(processing, std::set<std::thread::id>{caller});
-    EXPECT_TRUE(readElsewhere);
+    EXPECT_EQ(readsHere, 1);
+    EXPECT_EQ(readsElsewhere, 100 / 8);  // twelve more full chunks, then the last four frames
+}
+
+// An input that ends within its first chunk starts no thread: the one chunk
+// is read, processed and written on the calling thread, in that order.
+TEST(RenderPipeline, ShortInputRunsOnTheCallingThread) {
+    for (const std::int64_t total : {std::int64_t{0}, std::int64_t{1}, std::int64_t{7}}) {
+        RenderPipeline pipeline(16, 8, 4);
+        Source source{2, total, 8};
+        const std::thread::id caller = std::this_thread::get_id();
+        std::vector<std::string> steps;
+        std::set<std::thread::id> threads;
+        const std::int64_t passed = pipeline.run(
+            [&](float* chunk) {
+                threads.insert(std::this_thread::get_id());
+                steps.push_back("read");
+                return source(chunk, 8);
+            },
+            [&](float*, std::int64_t) {
+                threads.insert(std::this_thread::get_id());
+                steps.push_back("process");
+            },
+            [&](const float*, std::int64_t) {
+                threads.insert(std::this_thread::get_id());
+                steps.push_back("write");
+            });
+        EXPECT_EQ(passed, total);
+        EXPECT_EQ(threads, std::set<std::thread::id>{caller}) << total << " frames";
+        const std::vector<std::string> expected =
+            total == 0 ? std::vector<std::string>{"read"} : std::vector<std::string>{"read", "process", "write"};
+        EXPECT_EQ(steps, expected) << total << " frames";
+    }
+}
+
+// A failure in the one chunk of a short input comes out of run() as it is.
+TEST(RenderPipeline, ShortInputFailureComesOut) {
+    for (const char* failing : {"read", "process", "write"}) {
+        RenderPipeline pipeline(16, 8, 4);
+        Source source{2, 5, 8};
+        const std::string stage = failing;
+        try {
+            pipeline.run(
+                [&](float* chunk) {
+                    if (stage == "read") throw std::runtime_error("read failed");
+                    return source(chunk, 8);
+                },
+                [&](float*, std::int64_t) {
+                    if (stage == "process") throw std::runtime_error("process failed");
+                },
+                [&](const float*, std::int64_t) {
+                    if (stage == "write") throw std::runtime_error("write failed");
+                });
+            ADD_FAILURE() << "no error came out of a failing " << stage;
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(error.what(), stage + " failed");
+        }
+    }
 }
 
 enum class Stage { kRead, kProcess, kWrite };
