@@ -238,8 +238,6 @@ concept TwoEqualSections = requires { requires Kernel::kTwoEqualSections; };
 // sections at the same frame. Where the first sections add the anti-denormal
 // offset the second add -0, which leaves every sum as it is (-0 included), as
 // the second section adds nothing.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpsabi"  // four-lane values stay inside the AVX2 functions they inline into
 template <class Kernel, class L, unsigned Channels>
 struct SectionLanes {
     static constexpr unsigned kLanes = L::kWidth;
@@ -464,7 +462,6 @@ private:
         }
     }
 };
-#pragma GCC diagnostic pop
 
 }  // namespace lanes
 
