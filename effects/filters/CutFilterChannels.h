@@ -83,9 +83,14 @@ void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, V
     Design d;
     const VectorPath path = kRunsInLanes ? vectorPath() : VectorPath::scalar;
     if (path == VectorPath::scalar) {
-        // A copy whose address never leaves this loop, so that a channel's
-        // memory can stay in registers (h itself is handed to the lane loops).
-        std::array<History, Channels> plain = h;
+        // Where the memory the loop works on at once fits in registers (one or
+        // two channels frame by frame, sixteen one channel at a time), a copy
+        // whose address never leaves this loop lets it stay there: h itself is
+        // handed to the lane loops. Six channels frame by frame would spill.
+        constexpr bool kOwnCopy = Channels <= 2 || Channels == 16;
+        std::array<History, Channels> copy;
+        if constexpr (kOwnCopy) copy = h;
+        std::array<History, Channels>& plain = kOwnCopy ? copy : h;
         forEachSampleInChannelOrder<Channels>(
             frames,
             [&] {
@@ -100,7 +105,7 @@ void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, V
                 else
                     outputs[c][n] = y;
             });
-        h = plain;
+        if constexpr (kOwnCopy) h = copy;
     }
 #if AF_SIMD_X86
     else if constexpr (kRunsInLanes) {
