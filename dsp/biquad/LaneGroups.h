@@ -14,8 +14,8 @@
 //   advance(c, x, x1, x2, offset)   one frame; gives the outputs, rounded,
 //                                   as floats
 // A kernel of two equal sections in series may also offer one section alone
-// (see TwoEqualSections); on four lanes, its lanes then hold sections rather
-// than channels (SectionLanes).
+// (see TwoEqualSections); on four lanes, and at one or two channels on two,
+// its lanes then hold sections rather than channels (SectionLanes).
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -467,7 +467,8 @@ private:
 
 // All channels of a call: groups of `Wide` lanes and, when two channels are
 // left over (six channels on four lanes), one group of two; on four lanes a
-// two-section kernel runs its groups as SectionLanes. Four frames at a time
+// two-section kernel runs its groups as SectionLanes, and one or two channels
+// of it make one group of SectionLanes on two lanes. Four frames at a time
 // every group advances frame by frame, the groups side by side so that their
 // independent recursions overlap; the frames left over go one by one.
 //
