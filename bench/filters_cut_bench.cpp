@@ -1,6 +1,7 @@
 // processReplacing of the high-pass, low-pass, band-pass and notch at 512-frame
 // blocks, in place as a host runs them. Items are samples: frames x channels.
-// The six- and sixteen-channel variants also run on the plain per-channel path,
+// The high- and low-pass at one and two channels, and all six- and
+// sixteen-channel variants, also run on the plain per-channel path,
 // on SSE2 and on AVX2 with sixteen registers only ("/scalar", "/sse2",
 // "/avx2"; the latter differs from the default where the processor has
 // AVX-512VL), so the gain of the vector loops and the multi-channel rate
@@ -87,6 +88,14 @@ BENCHMARK(processReplacing<AF::AudioBandreject2, 2>)->Name("Bandreject/2");
 BENCHMARK(processReplacing<AF::AudioBandreject6, 6>)->Name("Bandreject/6");
 BENCHMARK(processReplacing<AF::AudioBandreject16, 16>)->Name("Bandreject/16");
 
+BENCHMARK(processReplacingOn<AF::AudioHighpass1, 1, AF::VectorPath::scalar>)->Name("Highpass/1/scalar");
+BENCHMARK(processReplacingOn<AF::AudioHighpass1, 1, AF::VectorPath::sse2>)->Name("Highpass/1/sse2");
+BENCHMARK(processReplacingOn<AF::AudioHighpass2, 2, AF::VectorPath::scalar>)->Name("Highpass/2/scalar");
+BENCHMARK(processReplacingOn<AF::AudioHighpass2, 2, AF::VectorPath::sse2>)->Name("Highpass/2/sse2");
+BENCHMARK(processReplacingOn<AF::AudioLowpass1, 1, AF::VectorPath::scalar>)->Name("Lowpass/1/scalar");
+BENCHMARK(processReplacingOn<AF::AudioLowpass1, 1, AF::VectorPath::sse2>)->Name("Lowpass/1/sse2");
+BENCHMARK(processReplacingOn<AF::AudioLowpass2, 2, AF::VectorPath::scalar>)->Name("Lowpass/2/scalar");
+BENCHMARK(processReplacingOn<AF::AudioLowpass2, 2, AF::VectorPath::sse2>)->Name("Lowpass/2/sse2");
 BENCHMARK(processReplacingOn<AF::AudioHighpass6, 6, AF::VectorPath::scalar>)->Name("Highpass/6/scalar");
 BENCHMARK(processReplacingOn<AF::AudioHighpass6, 6, AF::VectorPath::sse2>)->Name("Highpass/6/sse2");
 BENCHMARK(processReplacingOn<AF::AudioHighpass16, 16, AF::VectorPath::scalar>)->Name("Highpass/16/scalar");

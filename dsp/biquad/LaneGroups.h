@@ -14,8 +14,8 @@
 //   advance(c, x, x1, x2, offset)   one frame; gives the outputs, rounded,
 //                                   as floats
 // A kernel of two equal sections in series may also offer one section alone
-// (see TwoEqualSections); on four lanes, its lanes then hold sections rather
-// than channels (SectionLanes).
+// (see TwoEqualSections); on four lanes, and at one or two channels on two,
+// its lanes then hold sections rather than channels (SectionLanes).
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -25,6 +25,8 @@
 #include "dsp/simd/VectorPath.h"
 #include "frame/Numeric.h"
 
+// The lanes are x86 vectors; elsewhere the filters run their plain loops.
+#if AF_SIMD_X86
 namespace AF {
 
 // Floats travel as four-float registers; two-lane groups use the lower half.
@@ -104,6 +106,17 @@ template <> struct FrameRows<2> {
         const __m128 second = _mm_movelh_ps(rows[2], rows[3]);
         rows[0] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0));
         rows[1] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1));
+    }
+};
+
+template <> struct FrameRows<1> {
+    // Frame k's sample lands in lane 0 of rows[k].
+    [[gnu::always_inline]] static void load(__m128 (&rows)[4], float* const* channels, std::int32_t frame) noexcept {
+        const __m128 a = _mm_loadu_ps(channels[0] + frame);
+        rows[0] = a;
+        rows[1] = _mm_shuffle_ps(a, a, _MM_SHUFFLE(1, 1, 1, 1));
+        rows[2] = _mm_movehl_ps(a, a);
+        rows[3] = _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 3, 3, 3));
     }
 };
 
@@ -206,13 +219,17 @@ struct LaneGroup {
 template <class Kernel>
 concept TwoEqualSections = requires { requires Kernel::kTwoEqualSections; };
 
-// Channels of such a kernel on four lanes, each lane one section of one
-// channel: four channels take two vectors (first sections, second sections),
-// two channels one (lanes 0 and 1 their first sections, lanes 2 and 3 their
-// second). The second sections run one block of four frames behind the first,
-// on the first sections' outputs of that block, kept as doubles. So no lane
-// waits on another lane's result of the same frame, each waits only on its own
-// recursion, and two channels fill a whole vector.
+// Channels of such a kernel in lanes that each hold one section of one
+// channel. Two layouts:
+//   split   as many channels as lanes, two vectors: the first sections, then
+//           the second sections (four channels on four lanes, two on two);
+//   packed  half as many channels as lanes, one vector: the first sections
+//           in the lower lanes, the second in the upper (two channels on four
+//           lanes, one channel on two).
+// The second sections run one block of four frames behind the first, on the
+// first sections' outputs of that block, kept as doubles. So no lane waits on
+// another lane's result of the same frame, each waits only on its own
+// recursion, and one or two channels fill a whole vector.
 //
 // The first block of a call has no block before it: the second sections'
 // lanes compute nothing of use there and get the channels' memory back after
@@ -221,22 +238,23 @@ concept TwoEqualSections = requires { requires Kernel::kTwoEqualSections; };
 // sections at the same frame. Where the first sections add the anti-denormal
 // offset the second add -0, which leaves every sum as it is (-0 included), as
 // the second section adds nothing.
-template <class Kernel, unsigned Channels>
+template <class Kernel, class L, unsigned Channels>
 struct SectionLanes {
-    static_assert(Channels == 4 || Channels == 2);
-    using L = FourLanes;
-    using D = LanesD4;
+    static constexpr unsigned kLanes = L::kWidth;
+    static constexpr bool kSplit = Channels == kLanes;
+    static_assert(kSplit || 2 * Channels == kLanes, "a lane for each section of each channel");
+    using D = typename L::D;
     using History = typename Kernel::History;
     using Recursion = typename Kernel::template Lanes<L>;
     using Coefficients = typename Recursion::Coefficients;
     static constexpr unsigned kWidth = Channels;
-    static constexpr unsigned kVectors = Channels == 4 ? 2 : 1;
+    static constexpr unsigned kVectors = kSplit ? 2 : 1;
     static constexpr std::size_t kFields = sizeof(History) / sizeof(float);
     static_assert(kFields == 6, "x1, x2, the first section's two outputs, the second's");
 
     // The channel and the section (0 first, 1 second) of lane j of vector v.
     static constexpr unsigned channelOf(unsigned j) { return j % Channels; }
-    static constexpr unsigned sectionOf(unsigned v, unsigned j) { return Channels == 4 ? v : j / 2; }
+    static constexpr unsigned sectionOf(unsigned v, unsigned j) { return kSplit ? v : j / Channels; }
 
     // Per vector: each lane's two previous inputs and outputs.
     struct Memory {
@@ -251,9 +269,10 @@ struct SectionLanes {
     float* const* out;
     History* memory;
 
+    // The offset in the first sections' lanes, -0 in the second's (packed);
+    // split, the second sections' vector adds kMinusZero instead.
     [[gnu::always_inline]] static void offsetLanes(double offset, D& lanes) noexcept {
-        if constexpr (Channels == 4) lanes = D{} + offset;
-        else lanes = D{offset, offset, -0.0, -0.0};
+        for (unsigned j = 0; j < kLanes; ++j) lanes[j] = kSplit || j < Channels ? offset : -0.0;
     }
 
     [[gnu::always_inline]] void load(float** inputs, float** outputs, History* history, unsigned first) noexcept {
@@ -267,7 +286,7 @@ struct SectionLanes {
     [[gnu::always_inline]] void store() const noexcept {
         float fields[Channels][kFields];
         for (unsigned v = 0; v < kVectors; ++v)
-            for (unsigned j = 0; j < 4; ++j) {
+            for (unsigned j = 0; j < kLanes; ++j) {
                 float* f = fields[channelOf(j)] + 2 * sectionOf(v, j);
                 if (sectionOf(v, j) == 0) {
                     f[0] = toFloat(lanes[v].in1[j]);
@@ -281,19 +300,19 @@ struct SectionLanes {
 
     [[gnu::always_inline]] void readBlock(std::int32_t frame) noexcept { FrameRows<Channels>::load(frames, in, frame); }
     [[gnu::always_inline]] void advance(const Coefficients& c, unsigned k, const D& offset) noexcept {
-        if constexpr (Channels == 4) {
+        if constexpr (kSplit) {
             D x;
             L::widen(frames[k], x);
             advanceLanes(c, lanes[0], x, offset);
             results[k] = advanceLanes(c, lanes[1], firsts[k], kMinusZero);
-            firsts[k] = lanes[0].out1;
         } else {
             // the frame's inputs beside the first sections' outputs of the block before
             const LanesD2 x = LanesD2(_mm_cvtps_pd(frames[k]));
-            const LanesD2 s = __builtin_shufflevector(firsts[k], firsts[k], 0, 1);
-            results[k] = advanceLanes(c, lanes[0], __builtin_shufflevector(x, s, 0, 1, 2, 3), offset);
-            firsts[k] = lanes[0].out1;
+            D both;
+            besideFirsts(x, firsts[k], both);
+            results[k] = advanceLanes(c, lanes[0], both, offset);
         }
+        firsts[k] = lanes[0].out1;
     }
     template <bool Accumulate>
     [[gnu::always_inline]] void writeBlock(std::int32_t frame) noexcept {
@@ -306,17 +325,19 @@ struct SectionLanes {
     template <bool Accumulate>
     [[gnu::always_inline]] void endBlocks(const Coefficients& c, const D (&offsets)[4], std::int32_t frame) noexcept {
         if (!holding) return;
-        if constexpr (Channels == 4) {
+        if constexpr (kSplit) {
             for (unsigned k = 0; k < 4; ++k) results[k] = advanceLanes(c, lanes[1], firsts[k], kMinusZero);
         } else {
             const Memory kept = lanes[0];
-            for (unsigned k = 0; k < 4; ++k)
-                results[k] = advanceLanes(c, lanes[0], __builtin_shufflevector(firsts[k], firsts[k], 0, 1, 0, 1),
-                                          offsets[k]);
-            lanes[0].in1 = __builtin_shufflevector(kept.in1, lanes[0].in1, 0, 1, 6, 7);
-            lanes[0].in2 = __builtin_shufflevector(kept.in2, lanes[0].in2, 0, 1, 6, 7);
-            lanes[0].out1 = __builtin_shufflevector(kept.out1, lanes[0].out1, 0, 1, 6, 7);
-            lanes[0].out2 = __builtin_shufflevector(kept.out2, lanes[0].out2, 0, 1, 6, 7);
+            for (unsigned k = 0; k < 4; ++k) {
+                D twice;
+                firstsTwice(firsts[k], twice);
+                results[k] = advanceLanes(c, lanes[0], twice, offsets[k]);
+            }
+            keepFirsts(kept.in1, lanes[0].in1);
+            keepFirsts(kept.in2, lanes[0].in2);
+            keepFirsts(kept.out1, lanes[0].out1);
+            keepFirsts(kept.out2, lanes[0].out2);
         }
         writeSeconds<Accumulate>(frame - 4);
         holding = false;
@@ -331,19 +352,23 @@ struct SectionLanes {
         D x;
         L::widen(_mm_load_ps(samples), x);
         __m128 result;
-        if constexpr (Channels == 4) {
+        if constexpr (kSplit) {
             advanceLanes(c, lanes[0], x, offset);
             result = advanceLanes(c, lanes[1], lanes[0].out1, kMinusZero);
         } else {
-            // lanes 0 and 1 run their section twice, the same sum both times
+            // the first sections' lanes run their section twice, the same sum both times
             D sum;
             Recursion::section(c, x, lanes[0].in1, lanes[0].in2, lanes[0].out1, lanes[0].out2, sum);
             sum += offset;
             D s;
             L::widen(L::narrow(sum), s);
-            // the second sections' outputs, lanes 2 and 3, to the front
-            const __m128 both = advanceLanes(c, lanes[0], __builtin_shufflevector(x, s, 0, 1, 4, 5), offset);
-            result = _mm_movehl_ps(both, both);
+            LanesD2 inputs;
+            if constexpr (Channels == 2) inputs = __builtin_shufflevector(x, x, 0, 1);
+            else inputs = x;
+            D pair;
+            besideFirsts(inputs, s, pair);
+            const __m128 both = advanceLanes(c, lanes[0], pair, offset);
+            result = secondsToFront(both);
         }
         _mm_store_ps(samples, result);
         for (unsigned lane = 0; lane < Channels; ++lane) {
@@ -354,7 +379,33 @@ struct SectionLanes {
     }
 
 private:
-    static constexpr D kMinusZero = {-0.0, -0.0, -0.0, -0.0};
+    static constexpr D kMinusZero = -D{};  // -0 in every lane
+    // Packed: the lower lanes of `x` (the inputs) below the lower lanes of
+    // `s` (the first sections' outputs), the inputs of both sections.
+    // (Results go by reference: no four-lane value crosses a call.)
+    [[gnu::always_inline]] static void besideFirsts(const LanesD2& x, const D& s, D& both) noexcept {
+        if constexpr (Channels == 2) {
+            const LanesD2 low = __builtin_shufflevector(s, s, 0, 1);
+            both = __builtin_shufflevector(x, low, 0, 1, 2, 3);
+        } else {
+            both = __builtin_shufflevector(x, s, 0, 2);
+        }
+    }
+    // Packed: the first sections' outputs in both halves.
+    [[gnu::always_inline]] static void firstsTwice(const D& s, D& twice) noexcept {
+        if constexpr (Channels == 2) twice = __builtin_shufflevector(s, s, 0, 1, 0, 1);
+        else twice = __builtin_shufflevector(s, s, 0, 0);
+    }
+    // Packed: the first sections' lanes of `kept` back into `now`.
+    [[gnu::always_inline]] static void keepFirsts(const D& kept, D& now) noexcept {
+        if constexpr (Channels == 2) now = __builtin_shufflevector(kept, now, 0, 1, 6, 7);
+        else now = __builtin_shufflevector(kept, now, 0, 3);
+    }
+    // Packed: the second sections' outputs, the upper lanes, to the front.
+    [[gnu::always_inline]] static __m128 secondsToFront(__m128 both) noexcept {
+        if constexpr (Channels == 2) return _mm_movehl_ps(both, both);
+        else return _mm_shuffle_ps(both, both, _MM_SHUFFLE(1, 1, 1, 1));
+    }
 
     // One section step of the lanes of one vector, given each lane's input;
     // gives the outputs rounded to float.
@@ -375,7 +426,7 @@ private:
     [[gnu::always_inline]] void loadLanes(unsigned v, bool secondsOnly) noexcept {
         float fields[Channels][kFields];
         for (unsigned c = 0; c < Channels; ++c) std::memcpy(fields[c], &memory[c], sizeof fields[c]);
-        for (unsigned j = 0; j < 4; ++j) {
+        for (unsigned j = 0; j < kLanes; ++j) {
             if (secondsOnly && sectionOf(v, j) == 0) continue;
             const float* f = fields[channelOf(j)] + 2 * sectionOf(v, j);
             lanes[v].in1[j] = f[0];
@@ -388,15 +439,20 @@ private:
     template <bool Accumulate>
     [[gnu::always_inline]] void writeSeconds(std::int32_t frame) noexcept {
         __m128 rows[4];
-        if constexpr (Channels == 4) {
+        if constexpr (kSplit) {
             for (unsigned k = 0; k < 4; ++k) rows[k] = results[k];
-            FrameRows<4>::toChannels(rows);
-        } else {
+            FrameRows<Channels>::toChannels(rows);
+        } else if constexpr (Channels == 2) {
             // the upper halves of the results, turned into two rows of channels
             const __m128 first = _mm_movehl_ps(results[1], results[0]);
             const __m128 second = _mm_movehl_ps(results[3], results[2]);
             rows[0] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0));
             rows[1] = _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1));
+        } else {
+            // lane 1 of each result, in frame order
+            const __m128 early = _mm_unpacklo_ps(results[0], results[1]);
+            const __m128 late = _mm_unpacklo_ps(results[2], results[3]);
+            rows[0] = _mm_movehl_ps(late, early);
         }
         for (unsigned lane = 0; lane < Channels; ++lane) {
             float* channel = out[lane] + frame;
@@ -411,7 +467,8 @@ private:
 
 // All channels of a call: groups of `Wide` lanes and, when two channels are
 // left over (six channels on four lanes), one group of two; on four lanes a
-// two-section kernel runs its groups as SectionLanes. Four frames at a time
+// two-section kernel runs its groups as SectionLanes, and one or two channels
+// of it make one group of SectionLanes on two lanes. Four frames at a time
 // every group advances frame by frame, the groups side by side so that their
 // independent recursions overlap; the frames left over go one by one.
 //
@@ -423,71 +480,90 @@ private:
 // channel) reads exactly what the plain loop reads.
 template <class Wide, class Kernel, unsigned Width>
 using GroupOf = std::conditional_t<Wide::kWidth == 4 && lanes::TwoEqualSections<Kernel>,
-                                   lanes::SectionLanes<Kernel, Width>,
+                                   lanes::SectionLanes<Kernel, FourLanes, Width>,
                                    lanes::LaneGroup<Kernel, std::conditional_t<Width == 4, Wide, TwoLanes>>>;
+
+// The groups of a call. From four channels on: groups of `Wide` lanes and,
+// when two channels are left over, one group of two. One or two channels of a
+// two-section kernel make one group of section lanes on two lanes, on either
+// instruction set: one channel packed, two split. (Two channels packed on four
+// lanes ran about a quarter slower: the four-lane conversions lengthen each
+// recursion step, and two channels have no other work to hide that behind.)
+template <class Wide, class Kernel, unsigned Channels>
+struct GroupsOf {
+    static constexpr bool kSections = Channels < 4;
+    static_assert(!kSections || lanes::TwoEqualSections<Kernel>, "below four channels only two sections fill lanes");
+    static constexpr unsigned kWide = kSections ? 0 : Channels / Wide::kWidth;
+    static constexpr unsigned kRest = Channels - kWide * Wide::kWidth;
+    using WideGroup = GroupOf<Wide, Kernel, Wide::kWidth>;
+    using RestGroup = std::conditional_t<
+        kSections, lanes::SectionLanes<Kernel, TwoLanes, Channels>,
+        GroupOf<Wide, Kernel, 2>>;
+};
 
 template <class Wide, class Kernel, unsigned Channels, bool Accumulate>
 [[gnu::always_inline]] inline void runLaneGroups(std::array<typename Kernel::History, Channels>& history,
                                                  float** inputs, float** outputs, std::int32_t frames,
                                                  const typename Kernel::Design& design) {
-    using WideGroup = GroupOf<Wide, Kernel, Wide::kWidth>;
-    using PairGroup = GroupOf<Wide, Kernel, 2>;
+    using Groups = GroupsOf<Wide, Kernel, Channels>;
+    using WideGroup = typename Groups::WideGroup;
+    using RestGroup = typename Groups::RestGroup;
     using DW = typename WideGroup::D;
-    using DP = typename PairGroup::D;
-    constexpr unsigned kGroups = Channels / Wide::kWidth;
-    constexpr bool kPair = Channels % Wide::kWidth == 2;
-    constexpr unsigned kPairFirst = kGroups * Wide::kWidth;
-    static_assert(Channels % Wide::kWidth == 0 || kPair, "channel count not covered by the lanes");
+    using DR = typename RestGroup::D;
+    constexpr unsigned kGroups = Groups::kWide;
+    constexpr bool kRest = Groups::kRest > 0;
+    constexpr unsigned kRestFirst = kGroups * Wide::kWidth;
+    static_assert(Groups::kRest == 0 || Groups::kRest == RestGroup::kWidth, "channel count not covered by the lanes");
     static_assert(4 % Kernel::kOffsetPeriod == 0, "offset pattern must repeat within four frames");
 
     const typename WideGroup::Coefficients wideC(design);
-    const typename PairGroup::Coefficients pairC(design);
+    const typename RestGroup::Coefficients restC(design);
     WideGroup wide[kGroups > 0 ? kGroups : 1];
-    PairGroup pair[1];
+    RestGroup rest[1];
 #pragma GCC unroll 16
     for (unsigned g = 0; g < kGroups; ++g) wide[g].load(inputs, outputs, history.data(), g * Wide::kWidth);
-    if constexpr (kPair) pair[0].load(inputs, outputs, history.data(), kPairFirst);
+    if constexpr (kRest) rest[0].load(inputs, outputs, history.data(), kRestFirst);
 
     std::int32_t frame = 0;
     if (frames >= 4) {
         DW wideOffsets[4];
-        DP pairOffsets[4];
+        DR restOffsets[4];
         for (unsigned k = 0; k < 4; ++k) {
             const double offset = static_cast<double>(Kernel::offset(frames, static_cast<std::int32_t>(k)));
             WideGroup::offsetLanes(offset, wideOffsets[k]);
-            PairGroup::offsetLanes(offset, pairOffsets[k]);
+            RestGroup::offsetLanes(offset, restOffsets[k]);
         }
         for (; frames - frame >= 4; frame += 4) {
 #pragma GCC unroll 16
             for (unsigned g = 0; g < kGroups; ++g) wide[g].readBlock(frame);
-            if constexpr (kPair) pair[0].readBlock(frame);
+            if constexpr (kRest) rest[0].readBlock(frame);
 #pragma GCC unroll 4
             for (unsigned k = 0; k < 4; ++k) {
 #pragma GCC unroll 16
                 for (unsigned g = 0; g < kGroups; ++g) wide[g].advance(wideC, k, wideOffsets[k]);
-                if constexpr (kPair) pair[0].advance(pairC, k, pairOffsets[k]);
+                if constexpr (kRest) rest[0].advance(restC, k, restOffsets[k]);
             }
 #pragma GCC unroll 16
             for (unsigned g = 0; g < kGroups; ++g) wide[g].template writeBlock<Accumulate>(frame);
-            if constexpr (kPair) pair[0].template writeBlock<Accumulate>(frame);
+            if constexpr (kRest) rest[0].template writeBlock<Accumulate>(frame);
         }
 #pragma GCC unroll 16
         for (unsigned g = 0; g < kGroups; ++g) wide[g].template endBlocks<Accumulate>(wideC, wideOffsets, frame);
-        if constexpr (kPair) pair[0].template endBlocks<Accumulate>(pairC, pairOffsets, frame);
+        if constexpr (kRest) rest[0].template endBlocks<Accumulate>(restC, restOffsets, frame);
     }
     for (; frame < frames; ++frame) {
         const double offset = static_cast<double>(Kernel::offset(frames, frame));
         DW wideOffset;
-        DP pairOffset;
+        DR restOffset;
         WideGroup::offsetLanes(offset, wideOffset);
-        PairGroup::offsetLanes(offset, pairOffset);
+        RestGroup::offsetLanes(offset, restOffset);
 #pragma GCC unroll 16
         for (unsigned g = 0; g < kGroups; ++g) wide[g].template step<Accumulate>(wideC, frame, wideOffset);
-        if constexpr (kPair) pair[0].template step<Accumulate>(pairC, frame, pairOffset);
+        if constexpr (kRest) rest[0].template step<Accumulate>(restC, frame, restOffset);
     }
 #pragma GCC unroll 16
     for (unsigned g = 0; g < kGroups; ++g) wide[g].store();
-    if constexpr (kPair) pair[0].store();
+    if constexpr (kRest) rest[0].store();
 }
 
 // The entry points a variant calls: SSE2 (every x86-64 processor), AVX2, and
@@ -522,3 +598,4 @@ template <class Kernel, unsigned Channels, bool Accumulate>
 }
 
 }  // namespace AF
+#endif

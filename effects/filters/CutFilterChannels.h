@@ -26,10 +26,21 @@ namespace AF {
 // One processing loop for every channel count: frame by frame up to six
 // channels, channel by channel for sixteen (see ChannelOrder.h). From four
 // channels on, the channels run several per instruction where the processor
-// allows (see LaneGroups.h), with the same samples as the plain loop.
+// allows (see LaneGroups.h), with the same samples as the plain loop; so do one
+// and two channels of two sections in series, a lane for each section.
 template <class Family, unsigned Channels>
 class AF_EXPORT CutFilterChannels : public Family {
+    using Kernel = typename Family::Kernel;
+
 public:
+    // Whether the vector paths run the channels in lanes (else they run the
+    // plain loop too).
+#if AF_SIMD_X86
+    static constexpr bool kRunsInLanes = Channels >= 4 || (Channels <= 2 && lanes::TwoEqualSections<Kernel>);
+#else
+    static constexpr bool kRunsInLanes = false;  // the lane loops are written for x86 vectors
+#endif
+
     CutFilterChannels(unsigned channels, audioMasterCallback audioMaster) : Family(channels, audioMaster) {}
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override {
         run<false>(inputs, outputs, sampleFrames);
@@ -40,7 +51,6 @@ public:
     }
 
 private:
-    using Kernel = typename Family::Kernel;
     using Design = typename Kernel::Design;
     using History = typename Kernel::History;
     static constexpr std::size_t kFields = sizeof(History) / sizeof(float);
@@ -71,8 +81,16 @@ void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, V
     std::array<History, Channels> h{};
     for (unsigned c = 0; c < Channels && usable; ++c) h[c] = loadHistory(memory[c]);
     Design d;
-    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
+    const VectorPath path = kRunsInLanes ? vectorPath() : VectorPath::scalar;
     if (path == VectorPath::scalar) {
+        // Where the memory the loop works on at once fits in registers (one or
+        // two channels frame by frame, sixteen one channel at a time), a copy
+        // whose address never leaves this loop lets it stay there: h itself is
+        // handed to the lane loops. Six channels frame by frame would spill.
+        constexpr bool kOwnCopy = Channels <= 2 || Channels == 16;
+        std::array<History, Channels> copy;
+        if constexpr (kOwnCopy) copy = h;
+        std::array<History, Channels>& plain = kOwnCopy ? copy : h;
         forEachSampleInChannelOrder<Channels>(
             frames,
             [&] {
@@ -81,13 +99,16 @@ void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, V
             },
             [&](unsigned c, VstInt32 n) {
                 const float x = inputs[c][n];  // read before the write: in place is safe
-                const float y = Kernel::step(d, h[c], x, Kernel::offset(frames, n));
+                const float y = Kernel::step(d, plain[c], x, Kernel::offset(frames, n));
                 if constexpr (Accumulate)
                     outputs[c][n] = toFloat(static_cast<double>(outputs[c][n]) + y);
                 else
                     outputs[c][n] = y;
             });
-    } else if constexpr (Channels >= 4) {
+        if constexpr (kOwnCopy) h = copy;
+    }
+#if AF_SIMD_X86
+    else if constexpr (kRunsInLanes) {
         // One refresh for all channels, also for sixteen, whose plain loop
         // refreshes before each channel's pass: the two differ only when a host
         // stores a parameter from another thread during the call, and either
@@ -97,6 +118,7 @@ void CutFilterChannels<Family, Channels>::run(float** inputs, float** outputs, V
         if (path == VectorPath::avx2) runLanesAvx2OrWider<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
         else runLanesSse2<Kernel, Channels, Accumulate>(h, inputs, outputs, frames, d);
     }
+#endif
     for (unsigned c = 0; c < Channels && usable; ++c) storeHistory(h[c], memory[c]);
 }
 

@@ -106,6 +106,7 @@ inline float sectionStep(const SectionDesign& d, SectionHistory& h, float x, flo
     return yf;
 }
 
+#if AF_SIMD_X86
 // The kernel for several channels at once, one per lane (`L` is TwoLanes or
 // FourLanes): the same double operations as sectionStep in the same order, the
 // sum converted to float once per lane.
@@ -135,13 +136,16 @@ struct SectionLanes {
         return yf;
     }
 };
+#endif
 
 // What the shared variant loop needs of the family.
 template <SectionResponse Response>
 struct SectionKernel {
     using Design = SectionDesign;
     using History = SectionHistory;
+#if AF_SIMD_X86
     template <class L> using Lanes = SectionLanes<Response, L>;
+#endif
     static constexpr unsigned kOffsetPeriod = Response == SectionResponse::Bandpass ? 4 : 1;
     static float offset(VstInt32 frames, VstInt32 n) noexcept { return sectionOffset<Response>(frames, n); }
     static float step(const Design& d, History& h, float x, float offset) noexcept {

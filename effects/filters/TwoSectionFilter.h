@@ -98,6 +98,7 @@ inline float cascadeStep(const CascadeDesign& d, CascadeHistory& h, float x, flo
     return yf;
 }
 
+#if AF_SIMD_X86
 // The kernel for several channels at once, one per lane (`L` is TwoLanes or
 // FourLanes): the same double operations as cascadeStep in the same order,
 // each section's sum converted to float once per lane.
@@ -141,13 +142,16 @@ struct CascadeLanes {
         return yf;
     }
 };
+#endif
 
 // What the shared variant loop needs of the family.
 template <CascadeResponse Response>
 struct CascadeKernel {
     using Design = CascadeDesign;
     using History = CascadeHistory;
+#if AF_SIMD_X86
     template <class L> using Lanes = CascadeLanes<Response, L>;
+#endif
     // Two sections of one shape and one set of coefficients in series: on four
     // lanes, a lane may carry one section of a channel (see LaneGroups.h).
     static constexpr bool kTwoEqualSections = true;

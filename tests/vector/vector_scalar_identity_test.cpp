@@ -249,7 +249,8 @@ void expectShortCallsIdentical(VectorPath path, bool specials = false) {
 template <class Effect>
 class ShortCallIdentity : public ::testing::Test {};
 
-using CutVariants = ::testing::Types<AF::AudioHighpass6, AF::AudioHighpass16, AF::AudioLowpass6, AF::AudioLowpass16,
+using CutVariants = ::testing::Types<AF::AudioHighpass1, AF::AudioHighpass2, AF::AudioHighpass6, AF::AudioHighpass16,
+                                     AF::AudioLowpass1, AF::AudioLowpass2, AF::AudioLowpass6, AF::AudioLowpass16,
                                      AF::AudioBandpass6, AF::AudioBandreject6>;
 TYPED_TEST_SUITE(ShortCallIdentity, CutVariants);
 
