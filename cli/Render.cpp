@@ -67,6 +67,20 @@ void describe(const Chain& chain, std::FILE* out) {
     }
 }
 
+// "effects 1-2, 3, 4" for the parts of a split chain.
+std::string partList(const std::vector<ChainPart>& parts) {
+    std::string text = "effects ";
+    for (const ChainPart& part : parts) {
+        if (&part != &parts.front()) text += ", ";
+        text += std::to_string(part.firstLink + 1);
+        if (part.endLink > part.firstLink + 1) {
+            text += '-';
+            text += std::to_string(part.endLink);
+        }
+    }
+    return text;
+}
+
 std::string peakList(const std::vector<float>& peaks) {
     std::string text;
     for (float peak : peaks) {
@@ -115,6 +129,8 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
                               kMostBufferBytes)
         --threads;
     const std::vector<ChainPart> parts = splitChain(chain.size(), threads);
+    if (job.describeChain && !job.quiet && parts.size() > 1)
+        std::fprintf(messages, "  split across %zu threads: %s\n", parts.size(), partList(parts).c_str());
     const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
     RenderStages stages(channels, chunkFrames, job.blockFrames, parts.size());
     RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight);
