@@ -227,8 +227,13 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
 
 std::size_t chainThreadsFor(int wanted, std::size_t links, std::int64_t renderFrames, std::int64_t chunkFrames) {
     if (renderFrames > 0 && renderFrames <= chunkFrames) return 1;
-    const std::size_t cores = wanted > 0 ? static_cast<std::size_t>(wanted) : std::thread::hardware_concurrency();
-    return std::clamp<std::size_t>(cores, 1, std::max<std::size_t>(links, 1));
+    // By default the chain takes the cores that reading and writing leave: on
+    // two cores a split would only take turns with them.
+    constexpr std::size_t kFileThreads = 2;
+    const std::size_t cores = std::thread::hardware_concurrency();
+    const std::size_t threads =
+        wanted > 0 ? static_cast<std::size_t>(wanted) : (cores > kFileThreads ? cores - kFileThreads : 1);
+    return std::clamp<std::size_t>(threads, 1, std::max<std::size_t>(links, 1));
 }
 
 int render(const RenderJob& job) {
