@@ -113,17 +113,21 @@ constexpr const char* kRenderHelp =
     "Exit status: 0 done, 1 a file (in a batch: any file) or the module failed,\n"
     "2 a usage error.\n";
 
-// A frame count from 1 to `most`, said in the error when it lies outside.
-long frameCount(const std::string& text, const std::string& option, long most) {
-    const std::string range = option + " takes a frame count from 1 to " + std::to_string(most);
-    long frames = 0;
+// A count (`what`: "a frame count") from 1 to `most`, said in the error when it lies outside.
+long countFor(const std::string& text, const std::string& option, long most, const char* what = "a number") {
+    const std::string range = option + " takes " + what + " from 1 to " + std::to_string(most);
+    long count = 0;
     try {
-        frames = parseInteger(text, option);
+        count = parseInteger(text, option);
     } catch (const UsageError&) {
         throw UsageError(range + ", not '" + text + "'");
     }
-    if (frames < 1 || frames > most) throw UsageError(range + ", not " + text);
-    return frames;
+    if (count < 1 || count > most) throw UsageError(range + ", not " + text);
+    return count;
+}
+
+long frameCount(const std::string& text, const std::string& option, long most) {
+    return countFor(text, option, most, "a frame count");
 }
 
 SampleRequest bitsRequest(const std::string& text) {
@@ -136,19 +140,8 @@ SampleRequest bitsRequest(const std::string& text) {
                      text + "'");
 }
 
-// A count from 1 to `most` for `option`.
-int countFor(const std::string& text, const std::string& option, long most) {
-    const std::string range = option + " takes a number from 1 to " + std::to_string(most);
-    long count = 0;
-    try {
-        count = parseInteger(text, option);
-    } catch (const UsageError&) {
-        throw UsageError(range + ", not '" + text + "'");
-    }
-    if (count < 1 || count > most) throw UsageError(range + ", not " + text);
-    return static_cast<int>(count);
-}
-
+// The most files at once (-j) or threads for a chain: above any core count,
+// low enough that a slip of the keyboard cannot start a million threads.
 constexpr long kMostWorkers = 1024;
 
 }  // namespace
@@ -200,7 +193,7 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
         } else if (word == "--float") {
             job.samples = SampleRequest::Float;
         } else if (word == "--threads") {
-            job.chainThreads = countFor(arguments.valueFor(word), "--threads", kMostWorkers);
+            job.chainThreads = static_cast<int>(countFor(arguments.valueFor(word), "--threads", kMostWorkers));
         } else if (word == "-o" || word == "--output-dir") {
             batch.folder = arguments.valueFor(word);
             isBatch = true;
@@ -212,7 +205,7 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
                 throw UsageError("--suffix '" + batch.suffix + "' holds a '/'; the outputs stay in the -o folder");
             batchOnly = true;
         } else if (word == "-j" || word == "--jobs") {
-            batch.workers = countFor(arguments.valueFor(word), "-j", kMostWorkers);
+            batch.workers = static_cast<int>(countFor(arguments.valueFor(word), "-j", kMostWorkers));
             batchOnly = true;
         } else if (word == "-y" || word == "--overwrite" || word == "--yes") {
             job.overwrite = true;

@@ -6,9 +6,6 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
-#include <dirent.h>
-
-#include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <cstring>
@@ -17,24 +14,13 @@
 #include <vector>
 
 #include "AfxRunner.h"
+#include "TestSignals.h"
 #include "WavFiles.h"
 
 namespace afxtest {
 namespace {
 
 constexpr int kRate = 48000;
-
-// A deterministic signal of `frames` frames and `channels` channels, each
-// channel its own, within ±0.5 so that no integer output clips.
-std::vector<float> noise(int frames, int channels, std::uint32_t seed) {
-    std::vector<float> samples(static_cast<std::size_t>(frames) * channels);
-    std::uint32_t state = seed;
-    for (float& sample : samples) {
-        state = state * 1664525u + 1013904223u;
-        sample = static_cast<float>(static_cast<std::int32_t>(state >> 8) - (1 << 23)) / static_cast<float>(1 << 24);
-    }
-    return samples;
-}
 
 std::vector<std::int16_t> noise16(int frames, int channels, std::uint32_t seed) {
     std::vector<std::int16_t> samples;
@@ -98,20 +84,6 @@ std::vector<std::string> mixedInputs(const ScratchFolder& folder) {
     writeFlac(folder.file("take.flac"), 5003, 5);
     return {folder.file("stereo.wav"), folder.file("mono16.wav"), folder.file("six.wav"), folder.file("three.wav"),
             folder.file("take.flac")};
-}
-
-// The names in `folder`, hidden ones included, sorted.
-std::vector<std::string> entriesOf(const std::string& folder) {
-    std::vector<std::string> names;
-    if (DIR* listing = ::opendir(folder.c_str())) {
-        while (const dirent* entry = ::readdir(listing)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..") names.push_back(name);
-        }
-        ::closedir(listing);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 std::vector<std::string> withOptions(std::vector<std::string> arguments, const std::vector<std::string>& options) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "AfxRunner.h"
+#include "TestSignals.h"
 #include "TestNames.h"
 #include "WavFiles.h"
 
@@ -17,17 +18,6 @@ namespace afxtest {
 namespace {
 
 constexpr int kRate = 48000;
-
-// Deterministic noise within ±0.5, each channel its own.
-std::vector<float> noise(int frames, int channels, std::uint32_t seed) {
-    std::vector<float> samples(static_cast<std::size_t>(frames) * channels);
-    std::uint32_t state = seed;
-    for (float& sample : samples) {
-        state = state * 1664525u + 1013904223u;
-        sample = static_cast<float>(static_cast<std::int32_t>(state >> 8) - (1 << 23)) / static_cast<float>(1 << 24);
-    }
-    return samples;
-}
 
 // High-pass, parametric EQ, bass and a delay whose echoes outlast the input.
 const std::vector<std::string> kFourEffects = {
