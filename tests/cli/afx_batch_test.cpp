@@ -163,6 +163,27 @@ TEST(AfxBatch, AFailingFileDoesNotStopTheOthers) {
     EXPECT_EQ(entriesOf(out), (std::vector<std::string>{"first.wav", "last.wav"}));
 }
 
+// A file the chain does not fit (balance is stereo only) fails on its own; the exit status says so.
+TEST(AfxBatch, AFileTheChainDoesNotFitFailsAlone) {
+    ScratchFolder folder;
+    writeFloatWav(folder.file("mono.wav"), 1, kRate, noise(500, 1, 19));
+    writeFloatWav(folder.file("stereo.wav"), 2, kRate, noise(500, 2, 20));
+    const std::string out = folder.file("out");
+    ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
+    const Outcome outcome = runAfx({"render", folder.file("mono.wav"), folder.file("stereo.wav"), "-o", out, "-q",
+                                    "-e", "balance", "-p", "balance=-50"});
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_NE(outcome.err.find("afx: error: " + folder.file("mono.wav") + ": "), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("has no variant for 1 channel"), std::string::npos) << outcome.err;
+    ASSERT_EQ(runAfx({"render", folder.file("stereo.wav"), folder.file("single.wav"), "-q", "-e", "balance", "-p",
+                      "balance=-50"})
+                  .exitStatus,
+              0);
+    expectSameFile(out + "/stereo.wav", folder.file("single.wav"));
+    EXPECT_EQ(entriesOf(out), std::vector<std::string>{"stereo.wav"});
+}
+
 TEST(AfxBatch, SuffixGoesBeforeTheExtension) {
     ScratchFolder folder;
     writeFloatWav(folder.file("a.wav"), 2, kRate, noise(1000, 2, 9));
