@@ -36,6 +36,7 @@ std::vector<std::string> plannedOutputs(const BatchJob& job) {
     checkFolder(job.folder);
     std::vector<std::string> outputs;
     std::map<std::string, std::size_t> firstInputFor;
+    std::map<std::string, std::size_t> firstInputReaching;  // by the file a name reaches, links followed
     std::vector<struct stat> inputStatus(job.inputs.size());
     std::vector<bool> inputExists(job.inputs.size(), false);
     for (std::size_t i = 0; i < job.inputs.size(); ++i) {
@@ -49,7 +50,12 @@ std::vector<std::string> plannedOutputs(const BatchJob& job) {
         if (!added)
             throw UsageError("inputs '" + job.inputs[named->second] + "' and '" + input + "' would both be written to '" +
                              output + "'; rename one, or render them in separate batches or with another --suffix");
-        resolveOutput(output, job.render.overwrite, inputExists[i] ? &inputStatus[i] : nullptr);
+        const OutputTarget target = resolveOutput(output, job.render.overwrite, inputExists[i] ? &inputStatus[i] : nullptr);
+        // Two names may be links to one file.
+        const auto [reached, first] = firstInputReaching.emplace(target.path.empty() ? output : target.path, i);
+        if (!first)
+            throw UsageError("inputs '" + job.inputs[reached->second] + "' and '" + input + "' would both be written to '" +
+                             reached->first + "' (through a link); rename one, or render them in separate batches");
         outputs.push_back(output);
     }
     // No output may replace an input of the batch, which another worker may be reading.

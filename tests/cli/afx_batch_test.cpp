@@ -222,6 +222,17 @@ TEST(AfxBatch, ClashingNamesAreRefusedBeforeAnyWork) {
         << outcome.err;
     // Not even the first file, which had a name of its own, was rendered.
     EXPECT_EQ(entriesOf(folder.file("out")), std::vector<std::string>{});
+    // Two names that are links to one file clash too.
+    writeFloatWav(folder.file("other.wav"), 2, kRate, noise(1000, 2, 23));
+    ASSERT_EQ(::symlink(folder.file("shared.wav").c_str(), folder.file("out/other.wav").c_str()), 0);
+    ASSERT_EQ(::symlink(folder.file("shared.wav").c_str(), folder.file("out/first.wav").c_str()), 0);
+    const Outcome linked = runAfx({"render", folder.file("first.wav"), folder.file("other.wav"), "-o",
+                                   folder.file("out"), "-y", "-e", "invert"});
+    EXPECT_EQ(linked.exitStatus, 2);
+    EXPECT_NE(linked.err.find("(through a link)"), std::string::npos) << linked.err;
+    EXPECT_FALSE(exists(folder.file("shared.wav")));
+    ASSERT_EQ(::unlink(folder.file("out/other.wav").c_str()), 0);
+    ASSERT_EQ(::unlink(folder.file("out/first.wav").c_str()), 0);
     // The same input twice clashes with itself.
     const Outcome twice = runAfx({"render", folder.file("first.wav"), folder.file("first.wav"), "-o",
                                   folder.file("out"), "-e", "invert"});
