@@ -48,14 +48,17 @@ std::vector<std::string> plannedOutputs(const BatchJob& job) {
         const std::string output = batchOutputName(input, job.folder, job.suffix);
         const auto [named, added] = firstInputFor.emplace(output, i);
         if (!added)
-            throw UsageError("inputs '" + job.inputs[named->second] + "' and '" + input + "' would both be written to '" +
-                             output + "'; rename one, or render them in separate batches or with another --suffix");
-        const OutputTarget target = resolveOutput(output, job.render.overwrite, inputExists[i] ? &inputStatus[i] : nullptr);
+            throw UsageError("inputs '" + job.inputs[named->second] + "' and '" + input +
+                             "' would both be written to '" + output +
+                             "'; rename one, or render them in separate batches or with another --suffix");
+        const OutputTarget target =
+            resolveOutput(output, job.render.overwrite, inputExists[i] ? &inputStatus[i] : nullptr);
         // Two names may be links to one file.
         const auto [reached, first] = firstInputReaching.emplace(target.path.empty() ? output : target.path, i);
         if (!first)
-            throw UsageError("inputs '" + job.inputs[reached->second] + "' and '" + input + "' would both be written to '" +
-                             reached->first + "' (through a link); rename one, or render them in separate batches");
+            throw UsageError("inputs '" + job.inputs[reached->second] + "' and '" + input +
+                             "' would both be written to '" + reached->first +
+                             "' (through a link); rename one, or render them in separate batches");
         outputs.push_back(output);
     }
     // No output may replace an input of the batch, which another worker may be reading.
@@ -122,7 +125,8 @@ int renderBatch(const BatchJob& job) {
             } catch (const std::exception& error) {
                 outcome.reason = error.what();
             }
-            for (const std::string& warning : report.warnings) progress.say("afx: warning: " + file.input + ": " + warning);
+            for (const std::string& warning : report.warnings)
+                progress.say("afx: warning: " + file.input + ": " + warning);
             progress.fileFinished(!outcome.rendered, report.audioSeconds);
         }
     };
@@ -139,15 +143,16 @@ int renderBatch(const BatchJob& job) {
     const double wall = progress.elapsedSeconds();
     const double audio = progress.audioSeconds();
     if (!job.render.quiet)
-        std::printf("afx: %zu file%s into %s: %zu done, %zu failed; %.3f s of audio in %.3f s (%.1fx real time, "
-                    "%.1f files/s, %zu worker%s)\n",
-                    job.inputs.size(), job.inputs.size() == 1 ? "" : "s", job.folder.c_str(), progress.done(),
-                    progress.failed(), audio, wall, wall > 0.0 ? audio / wall : 0.0,
-                    wall > 0.0 ? static_cast<double>(job.inputs.size()) / wall : 0.0, workers,
-                    workers == 1 ? "" : "s");
+        std::printf(
+            "afx: %zu file%s into %s: %zu done, %zu failed; %.3f s of audio in %.3f s (%.1fx real time, "
+            "%.1f files/s, %zu worker%s)\n",
+            job.inputs.size(), job.inputs.size() == 1 ? "" : "s", job.folder.c_str(), progress.done(),
+            progress.failed(), audio, wall, wall > 0.0 ? audio / wall : 0.0,
+            wall > 0.0 ? static_cast<double>(job.inputs.size()) / wall : 0.0, workers, workers == 1 ? "" : "s");
     std::fflush(stdout);
     for (std::size_t i = 0; i < outcomes.size(); ++i)
-        if (!outcomes[i].rendered) std::fprintf(stderr, "afx: error: %s: %s\n", job.inputs[i].c_str(), outcomes[i].reason.c_str());
+        if (!outcomes[i].rendered)
+            std::fprintf(stderr, "afx: error: %s: %s\n", job.inputs[i].c_str(), outcomes[i].reason.c_str());
     return progress.failed() > 0 ? kExitRunFailure : 0;
 }
 

@@ -92,8 +92,8 @@ std::vector<std::string> withOptions(std::vector<std::string> arguments, const s
 }
 
 // A chain with a delay, so that the default tail (until quiet) is part of what is compared.
-const std::vector<std::string> kChain = {"-e", "highpass", "-p", "cutoff=200", "-e", "delay", "-p", "delay=0.01",
-                                         "-p", "feedback=50"};
+const std::vector<std::string> kChain = {"-e",    "highpass", "-p",         "cutoff=200", "-e",
+                                         "delay", "-p",       "delay=0.01", "-p",         "feedback=50"};
 
 struct BatchCase {
     const char* why;
@@ -143,14 +143,13 @@ TEST(AfxBatch, AFailingFileDoesNotStopTheOthers) {
     writeFloatWav(folder.file("last.wav"), 1, kRate, noise(2000, 1, 8));
     const std::string out = folder.file("out");
     ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
-    const Outcome outcome = runAfx({"render", folder.file("first.wav"), folder.file("broken.wav"),
-                                    folder.file("missing.wav"), folder.file("last.wav"), "-o", out, "-j", "2", "-e",
-                                    "highpass", "-p", "cutoff=300"});
+    const Outcome outcome =
+        runAfx({"render", folder.file("first.wav"), folder.file("broken.wav"), folder.file("missing.wav"),
+                folder.file("last.wav"), "-o", out, "-j", "2", "-e", "highpass", "-p", "cutoff=300"});
     EXPECT_EQ(outcome.exitStatus, 1) << outcome.err;
     EXPECT_NE(outcome.out.find("4 files into " + out + ": 2 done, 2 failed"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.err.find("afx: error: " + folder.file("broken.wav") + ": "), std::string::npos) << outcome.err;
-    EXPECT_NE(outcome.err.find("afx: error: " + folder.file("missing.wav") + ": "), std::string::npos)
-        << outcome.err;
+    EXPECT_NE(outcome.err.find("afx: error: " + folder.file("missing.wav") + ": "), std::string::npos) << outcome.err;
     EXPECT_NE(outcome.err.find("No such file"), std::string::npos) << outcome.err;
     EXPECT_EQ(outcome.err.find("first.wav"), std::string::npos) << outcome.err;
     // The failures leave nothing in the folder; the others are whole.
@@ -170,8 +169,8 @@ TEST(AfxBatch, AFileTheChainDoesNotFitFailsAlone) {
     writeFloatWav(folder.file("stereo.wav"), 2, kRate, noise(500, 2, 20));
     const std::string out = folder.file("out");
     ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
-    const Outcome outcome = runAfx({"render", folder.file("mono.wav"), folder.file("stereo.wav"), "-o", out, "-q",
-                                    "-e", "balance", "-p", "balance=-50"});
+    const Outcome outcome = runAfx({"render", folder.file("mono.wav"), folder.file("stereo.wav"), "-o", out, "-q", "-e",
+                                    "balance", "-p", "balance=-50"});
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_NE(outcome.err.find("afx: error: " + folder.file("mono.wav") + ": "), std::string::npos) << outcome.err;
@@ -226,16 +225,16 @@ TEST(AfxBatch, ClashingNamesAreRefusedBeforeAnyWork) {
     writeFloatWav(folder.file("other.wav"), 2, kRate, noise(1000, 2, 23));
     ASSERT_EQ(::symlink(folder.file("shared.wav").c_str(), folder.file("out/other.wav").c_str()), 0);
     ASSERT_EQ(::symlink(folder.file("shared.wav").c_str(), folder.file("out/first.wav").c_str()), 0);
-    const Outcome linked = runAfx({"render", folder.file("first.wav"), folder.file("other.wav"), "-o",
-                                   folder.file("out"), "-y", "-e", "invert"});
+    const Outcome linked = runAfx(
+        {"render", folder.file("first.wav"), folder.file("other.wav"), "-o", folder.file("out"), "-y", "-e", "invert"});
     EXPECT_EQ(linked.exitStatus, 2);
     EXPECT_NE(linked.err.find("(through a link)"), std::string::npos) << linked.err;
     EXPECT_FALSE(exists(folder.file("shared.wav")));
     ASSERT_EQ(::unlink(folder.file("out/other.wav").c_str()), 0);
     ASSERT_EQ(::unlink(folder.file("out/first.wav").c_str()), 0);
     // The same input twice clashes with itself.
-    const Outcome twice = runAfx({"render", folder.file("first.wav"), folder.file("first.wav"), "-o",
-                                  folder.file("out"), "-e", "invert"});
+    const Outcome twice = runAfx(
+        {"render", folder.file("first.wav"), folder.file("first.wav"), "-o", folder.file("out"), "-e", "invert"});
     EXPECT_EQ(twice.exitStatus, 2);
     EXPECT_NE(twice.err.find("would both be written"), std::string::npos) << twice.err;
 }
@@ -247,8 +246,8 @@ TEST(AfxBatch, ExistingOutputsNeedOverwrite) {
     const std::string out = folder.file("out");
     ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
     std::ofstream(out + "/b.wav") << "keep me";
-    const std::vector<std::string> batch = {"render", folder.file("a.wav"), folder.file("b.wav"), "-o", out, "-q",
-                                            "-e", "invert"};
+    const std::vector<std::string> batch = {"render", folder.file("a.wav"), folder.file("b.wav"), "-o", out, "-q", "-e",
+                                            "invert"};
     const Outcome refused = runAfx(batch);
     EXPECT_EQ(refused.exitStatus, 2);
     EXPECT_NE(refused.err.find("exists; add -y to overwrite it"), std::string::npos) << refused.err;

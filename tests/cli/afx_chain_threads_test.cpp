@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "AfxRunner.h"
-#include "TestSignals.h"
 #include "TestNames.h"
+#include "TestSignals.h"
 #include "WavFiles.h"
 
 namespace afxtest {
@@ -21,8 +21,10 @@ constexpr int kRate = 48000;
 
 // High-pass, parametric EQ, bass and a delay whose echoes outlast the input.
 const std::vector<std::string> kFourEffects = {
-    "-e", "highpass", "-p", "cutoff=200", "-e", "parametric-eq", "-p", "center=3000", "-p", "q=2", "-p", "boost=-6",
-    "-e", "bass",     "-p", "boost=3",    "-e", "delay",         "-p", "delay=0.05",  "-p", "feedback=60"};
+    "-e", "highpass",      "-p", "cutoff=200",
+    "-e", "parametric-eq", "-p", "center=3000", "-p", "q=2", "-p", "boost=-6",
+    "-e", "bass",          "-p", "boost=3",
+    "-e", "delay",         "-p", "delay=0.05",  "-p", "feedback=60"};
 
 struct ThreadCase {
     const char* why;
@@ -76,28 +78,28 @@ TEST_P(AfxChainThreads, SameBitsOnAnyNumberOfThreads) {
 
 INSTANTIATE_TEST_SUITE_P(
     Chains, AfxChainThreads,
-    ::testing::Values(ThreadCase{"stereo odd blocks and chunks", 2, 48017, {"--block", "77", "--chunk", "500"}},
-                      ThreadCase{"stereo one frame per chunk", 2, 4801, {"--block", "1000", "--chunk", "1"}},
-                      ThreadCase{"mono blocks of one frame", 1, 3001, {"--block", "1", "--chunk", "333"}},
-                      ThreadCase{"three channels a set tail", 3, 20011, {"--block", "129", "--chunk", "1000",
-                                                                         "--tail", "0.7"}},
-                      ThreadCase{"six channels default chunks", 6, 150001, {"--block", "1023"}}),
+    ::testing::Values(
+        ThreadCase{"stereo odd blocks and chunks", 2, 48017, {"--block", "77", "--chunk", "500"}},
+        ThreadCase{"stereo one frame per chunk", 2, 4801, {"--block", "1000", "--chunk", "1"}},
+        ThreadCase{"mono blocks of one frame", 1, 3001, {"--block", "1", "--chunk", "333"}},
+        ThreadCase{"three channels a set tail", 3, 20011, {"--block", "129", "--chunk", "1000", "--tail", "0.7"}},
+        ThreadCase{"six channels default chunks", 6, 150001, {"--block", "1023"}}),
     NameFromWhy{});
 
 // A chain that fits in one chunk, or of one effect, has nothing to split.
 TEST(AfxChainThreadsWhen, OnlyWhenThereIsSomethingToOverlap) {
     ScratchFolder folder;
     writeFloatWav(folder.file("in.wav"), 2, kRate, noise(1000, 2, 22));
-    const Outcome oneChunk = runAfx({"render", folder.file("in.wav"), folder.file("short.wav"), "--threads", "4",
-                                   "-e", "highpass", "-e", "bass"});
+    const Outcome oneChunk = runAfx(
+        {"render", folder.file("in.wav"), folder.file("short.wav"), "--threads", "4", "-e", "highpass", "-e", "bass"});
     ASSERT_EQ(oneChunk.exitStatus, 0) << oneChunk.err;
     EXPECT_EQ(oneChunk.out.find("split across"), std::string::npos) << oneChunk.out;
     const Outcome single = runAfx({"render", folder.file("in.wav"), folder.file("single.wav"), "--threads", "4",
                                    "--chunk", "100", "-e", "highpass"});
     ASSERT_EQ(single.exitStatus, 0) << single.err;
     EXPECT_EQ(single.out.find("split across"), std::string::npos) << single.out;
-    const Outcome bad = runAfx({"render", folder.file("in.wav"), folder.file("bad.wav"), "--threads", "0",
-                                "-e", "highpass"});
+    const Outcome bad =
+        runAfx({"render", folder.file("in.wav"), folder.file("bad.wav"), "--threads", "0", "-e", "highpass"});
     EXPECT_EQ(bad.exitStatus, 2);
     EXPECT_NE(bad.err.find("--threads takes a number from 1 to 1024"), std::string::npos) << bad.err;
 }

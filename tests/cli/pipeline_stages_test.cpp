@@ -60,10 +60,11 @@ TEST_P(PipelineStages, EveryStageEveryChunkInOrder) {
         });
     std::vector<float> written;
     std::vector<std::int64_t> sizes;
-    const std::int64_t passed = pipeline.run(std::ref(counter), processes, [&](const float* chunk, std::int64_t frames) {
-        written.insert(written.end(), chunk, chunk + frames);
-        sizes.push_back(frames);
-    });
+    const std::int64_t passed =
+        pipeline.run(std::ref(counter), processes, [&](const float* chunk, std::int64_t frames) {
+            written.insert(written.end(), chunk, chunk + frames);
+            sizes.push_back(frames);
+        });
     EXPECT_EQ(passed, kTotal);
     ASSERT_EQ(written.size(), static_cast<std::size_t>(kTotal));
     for (std::int64_t frame = 0; frame < kTotal; ++frame) {
@@ -164,8 +165,7 @@ TEST_P(PipelineStageFailures, FirstErrorEndsTheRun) {
         EXPECT_EQ(std::string(error.what()), "stage " + std::to_string(failing) + " failed");
     }
     ASSERT_LE(firstWritten.size(), static_cast<std::size_t>(kFailAt));
-    for (std::size_t i = 0; i < firstWritten.size(); ++i)
-        EXPECT_EQ(firstWritten[i], static_cast<float>(i * kChunk));
+    for (std::size_t i = 0; i < firstWritten.size(); ++i) EXPECT_EQ(firstWritten[i], static_cast<float>(i * kChunk));
     EXPECT_LE(reads.load(), kFailAt + 6 + 1);
 }
 
