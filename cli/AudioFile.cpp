@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <sstream>
 
 #include "Errors.h"
@@ -65,13 +66,20 @@ constexpr int kTagIds[] = {SF_STR_TITLE,   SF_STR_COPYRIGHT, SF_STR_SOFTWARE,   
                            SF_STR_COMMENT, SF_STR_DATE,      SF_STR_ALBUM,       SF_STR_LICENSE,
                            SF_STR_TRACKNUMBER, SF_STR_GENRE};
 
+// libsndfile keeps the reason a file did not open in one place for the whole
+// process: renders running side by side (a batch) open their files in turn,
+// so that each reads its own reason.
+std::mutex gOpening;
+
 }  // namespace
 
 InputFile::InputFile(const std::string& path) : path_(path) {
+    std::unique_lock<std::mutex> opening(gOpening);
     file_ = path == "-" ? ::sf_open_fd(STDIN_FILENO, SFM_READ, &info_, SF_FALSE)
                         : ::sf_open(path.c_str(), SFM_READ, &info_);
     if (file_ == nullptr)
         throw RunError("cannot read input '" + path + "': " + ::sf_strerror(nullptr));
+    opening.unlock();
     if (info_.channels <= 0) throw RunError("input '" + path + "' has no channels");
     // A stream does not say how long it is.
     frames_ = info_.frames > 0 && info_.frames < SF_COUNT_MAX ? info_.frames : 0;
@@ -113,8 +121,10 @@ OutputFile::OutputFile(const OutputTarget& target, int format, unsigned channels
     info.samplerate = sampleRate;
     // afx keeps the descriptor: it is flushed to the disk after libsndfile's
     // last header update, before the rename.
+    std::unique_lock<std::mutex> opening(gOpening);
     file_ = ::sf_open_fd(temporary_.descriptor(), SFM_WRITE, &info, SF_FALSE);
     if (file_ == nullptr) throw RunError("cannot write output '" + target.typed + "': " + ::sf_strerror(nullptr));
+    opening.unlock();
     for (const auto& [id, text] : tags) ::sf_set_string(file_, id, text.c_str());
     const int subtype = format & SF_FORMAT_SUBMASK;
     integerBits_ = integerBitsOf(subtype);

@@ -213,8 +213,9 @@ void Chain::applyRequests(const std::vector<EffectRequest>& requests) {
 
 Chain::~Chain() { finish(); }
 
-void Chain::process(float** channels, int frames) const {
-    for (const Link& link : links_) {
+void Chain::process(float** channels, int frames, std::size_t firstLink, std::size_t endLink) const {
+    for (std::size_t index = firstLink; index < endLink; ++index) {
+        const Link& link = links_[index];
         float** group = channels;
         for (const auto& instance : link.instances) {
             AEffect* record = instance->record();

@@ -46,7 +46,9 @@ public:
     Chain& operator=(const Chain&) = delete;
 
     // One block, in place through every effect in order.
-    void process(float** channels, int frames) const;
+    void process(float** channels, int frames) const { process(channels, frames, 0, links_.size()); }
+    // One block through the links from `firstLink` up to (not including) `endLink` only.
+    void process(float** channels, int frames, std::size_t firstLink, std::size_t endLink) const;
     // Suspends every effect (they are closed when the chain goes).
     void finish();
 

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include "AudioFile.h"
 #include "Errors.h"
@@ -22,7 +23,8 @@ namespace afx {
 namespace {
 
 // Chunks in the pipeline at once: one being read, one processed, one
-// written, and one spare so that no stage waits for a slot in the steady state.
+// written, and one spare so that no stage waits for a slot in the steady state;
+// one more for each further thread of a split chain.
 constexpr int kChunksInFlight = 4;
 
 // INPUT's status, null for standard input; RunError when it is missing.
@@ -35,11 +37,15 @@ const struct stat* inputStatus(const std::string& input, struct stat& status) {
 
 // The pipeline's buffers: the ring of chunks, the reading and writing
 // threads' interleaved frames and the integer conversion.
-void checkBufferSize(unsigned channels, std::int64_t chunkFrames) {
+std::int64_t bufferBytes(unsigned channels, std::int64_t chunkFrames, int chunksInFlight) {
     constexpr std::int64_t kAlignmentFrames = 32;  // the most a chunk's channel arrays are padded by
     const std::int64_t interleaved = chunkFrames * channels;
     const std::int64_t chunk = (chunkFrames + kAlignmentFrames) * channels;
-    const std::int64_t bytes = static_cast<std::int64_t>(sizeof(float)) * (chunk * kChunksInFlight + 3 * interleaved);
+    return static_cast<std::int64_t>(sizeof(float)) * (chunk * chunksInFlight + 3 * interleaved);
+}
+
+void checkBufferSize(unsigned channels, std::int64_t chunkFrames) {
+    const std::int64_t bytes = bufferBytes(channels, chunkFrames, kChunksInFlight);
     if (bytes > kMostBufferBytes)
         throw UsageError("the buffers for " + std::to_string(chunkFrames) + " frames of " + std::to_string(channels) +
                          " channels per chunk would take " + std::to_string(bytes >> 20) +
@@ -61,6 +67,20 @@ void describe(const Chain& chain, std::FILE* out) {
     }
 }
 
+// "effects 1-2, 3, 4" for the parts of a split chain.
+std::string partList(const std::vector<ChainPart>& parts) {
+    std::string text = "effects ";
+    for (const ChainPart& part : parts) {
+        if (&part != &parts.front()) text += ", ";
+        text += std::to_string(part.firstLink + 1);
+        if (part.endLink > part.firstLink + 1) {
+            text += '-';
+            text += std::to_string(part.endLink);
+        }
+    }
+    return text;
+}
+
 std::string peakList(const std::vector<float>& peaks) {
     std::string text;
     for (float peak : peaks) {
@@ -72,18 +92,23 @@ std::string peakList(const std::vector<float>& peaks) {
 
 std::string countList(const std::vector<std::uint64_t>& counts) {
     std::string text;
-    for (std::uint64_t count : counts) text += (text.empty() ? "" : " ") + std::to_string(count);
+    for (std::uint64_t count : counts) {
+        if (!text.empty()) text += ' ';
+        text += std::to_string(count);
+    }
     return text;
 }
 
-}  // namespace
+void warn(RenderReport& report, const std::string& text) {
+    if (report.keepWarnings)
+        report.warnings.push_back(text);
+    else
+        std::fprintf(stderr, "afx: warning: %s\n", text.c_str());
+}
 
-int render(const RenderJob& job) {
-    struct stat inputFileStatus {};
-    const OutputTarget target = resolveOutput(job.output, job.overwrite, inputStatus(job.input, inputFileStatus));
+void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost& host, RenderReport& report) {
     // With the audio on standard output, everything else goes to stderr.
     std::FILE* const messages = target.isStandardOutput() ? stderr : stdout;
-    ModuleHost host(job.modulePath);
     InputFile input(job.input);
     const unsigned channels = input.channels();
     const FormatChoice format = chooseOutputFormat(job.output, target.kind == OutputKind::Stream, input.format(),
@@ -93,14 +118,24 @@ int render(const RenderJob& job) {
     checkBufferSize(channels, chunkFrames);
     Chain chain(host, job.effects, channels, input.sampleRate(), job.blockFrames);
     if (job.describeChain && !job.quiet) describe(chain, messages);
-    for (const std::string& warning : keptQuirkWarnings(chain, input.sampleRate()))
-        std::fprintf(stderr, "afx: warning: %s\n", warning.c_str());
+    for (const std::string& warning : keptQuirkWarnings(chain, input.sampleRate())) warn(report, warning);
 
-    RenderStages stages(channels, chunkFrames, job.blockFrames);
-    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, kChunksInFlight);
+    const TailPlan plan = planTail(job.tailSeconds, chain, input.sampleRate());
+    const std::int64_t renderFrames = input.frames() > 0 ? input.frames() + plan.maxFrames : 0;
+    // Each further part of a split chain holds one more chunk; a split that
+    // would pass the buffers' limit is made smaller (at worst, none).
+    std::size_t threads = chainThreadsFor(job.chainThreads, chain.size(), renderFrames, chunkFrames);
+    while (threads > 1 && bufferBytes(channels, chunkFrames, kChunksInFlight + static_cast<int>(threads) - 1) >
+                              kMostBufferBytes)
+        --threads;
+    const std::vector<ChainPart> parts = splitChain(chain.size(), threads);
+    if (job.describeChain && !job.quiet && parts.size() > 1)
+        std::fprintf(messages, "  split across %zu threads: %s\n", parts.size(), partList(parts).c_str());
+    const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
+    RenderStages stages(channels, chunkFrames, job.blockFrames, parts.size());
+    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight);
     OutputFile output(target, format.format, channels, input.sampleRate(), chunkFrames, input.tags(), job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
-    const TailPlan plan = planTail(job.tailSeconds, chain, input.sampleRate());
     TailWatch tail(plan);
     std::int64_t inputRead = 0;
     bool inputEnded = false;
@@ -121,15 +156,19 @@ int render(const RenderJob& job) {
         tailFed += fed;
         return frames + fed;
     };
-    std::int64_t processed = 0;
+    // Each part of the chain counts the frames it has passed; the last one
+    // follows the tail and shows the progress.
+    std::vector<std::int64_t> processed(parts.size(), 0);
+    std::vector<RenderPipeline::Processor> processes;
+    for (std::size_t index = 0; index < parts.size(); ++index)
+        processes.emplace_back([&, index](float* chunk, std::int64_t frames) {
+            stages.process(chain, parts[index], index, chunk, frames, processed[index], tail);
+            processed[index] += frames;
+            if (parts[index].last) progress.update(processed[index]);
+        });
     std::int64_t done = 0;
     try {
-        pipeline.run(read,
-                     [&](float* chunk, std::int64_t frames) {
-                         stages.process(chain, chunk, frames, processed, tail);
-                         processed += frames;
-                         progress.update(processed);
-                     },
+        pipeline.run(read, processes,
                      [&](const float* chunk, std::int64_t frames) {
                          // Chunks read ahead after the tail went quiet are dropped.
                          const std::int64_t kept = std::max<std::int64_t>(0, std::min(frames, tail.endFrame() - done));
@@ -168,23 +207,48 @@ int render(const RenderJob& job) {
     if (!job.quiet && !format.note.empty())
         std::fprintf(messages, "afx: written as %s (%s)\n", describeFormat(format.format).c_str(), format.note.c_str());
     if (input.isCutOff())
-        std::fprintf(stderr,
-                     "afx: warning: input '%s' is cut off: its header promises more than the file holds; "
-                     "rendered the %lld frames it has\n",
-                     job.input.c_str(), static_cast<long long>(inputRead));
+        warn(report, "input '" + job.input +
+                         "' is cut off: its header promises more than the file holds; rendered the " +
+                         std::to_string(inputRead) + " frames it has");
     if (nonFiniteOut > 0)
-        std::fprintf(stderr,
-                     "afx: warning: %llu output samples are NaN or infinite (per channel [%s])%s; --strict makes "
-                     "this an error\n",
-                     static_cast<unsigned long long>(nonFiniteOut), countList(stages.after().nonFinite()).c_str(),
-                     output.isInteger() ? ", written as silence in the integer output" : "");
-    if (!output.ownerWarning().empty()) std::fprintf(stderr, "afx: warning: %s\n", output.ownerWarning().c_str());
+        warn(report, std::to_string(nonFiniteOut) + " output samples are NaN or infinite (per channel [" +
+                         countList(stages.after().nonFinite()) + "])" +
+                         (output.isInteger() ? ", written as silence in the integer output" : "") +
+                         "; --strict makes this an error");
+    if (!output.ownerWarning().empty()) warn(report, output.ownerWarning());
     if (output.clippedSamples() > 0)
-        std::fprintf(stderr,
-                     "afx: warning: %llu samples clipped at full scale in the integer output; lower the level "
-                     "(e.g. -e volume -p level=-6) or write floats with --float\n",
-                     static_cast<unsigned long long>(output.clippedSamples()));
+        warn(report, std::to_string(output.clippedSamples()) +
+                         " samples clipped at full scale in the integer output; lower the level "
+                         "(e.g. -e volume -p level=-6) or write floats with --float");
+    report.audioSeconds = audio;
+}
+
+}  // namespace
+
+std::size_t chainThreadsFor(int wanted, std::size_t links, std::int64_t renderFrames, std::int64_t chunkFrames) {
+    if (renderFrames > 0 && renderFrames <= chunkFrames) return 1;
+    // By default the chain takes the cores that reading and writing leave: on
+    // two cores a split would only take turns with them.
+    constexpr std::size_t kFileThreads = 2;
+    const std::size_t cores = std::thread::hardware_concurrency();
+    const std::size_t threads =
+        wanted > 0 ? static_cast<std::size_t>(wanted) : (cores > kFileThreads ? cores - kFileThreads : 1);
+    return std::clamp<std::size_t>(threads, 1, std::max<std::size_t>(links, 1));
+}
+
+int render(const RenderJob& job) {
+    struct stat inputFileStatus {};
+    const OutputTarget target = resolveOutput(job.output, job.overwrite, inputStatus(job.input, inputFileStatus));
+    const ModuleHost host(job.modulePath);
+    RenderReport report;
+    renderTo(job, target, host, report);
     return 0;
+}
+
+void render(const RenderJob& job, const ModuleHost& host, RenderReport& report) {
+    struct stat inputFileStatus {};
+    const OutputTarget target = resolveOutput(job.output, job.overwrite, inputStatus(job.input, inputFileStatus));
+    renderTo(job, target, host, report);
 }
 
 }  // namespace afx

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Chain.h"
+#include "ModuleHost.h"
 #include "OutputFormat.h"
 
 namespace afx {
@@ -23,7 +24,16 @@ struct RenderJob {
     bool quiet = false;
     bool describeChain = false;  // print each effect and its parameters first
     double tailSeconds = -1.0;   // after the input; < 0: until quiet for chains with a delay (see Tail.h)
+    int chainThreads = 0;        // the most threads a chain is split across; 0: the cores the files leave
     std::string modulePath;
+};
+
+// What one render of a batch tells the batch: the seconds of audio it wrote,
+// and its warnings, kept here instead of printed when `keepWarnings` is set.
+struct RenderReport {
+    bool keepWarnings = false;
+    double audioSeconds = 0.0;
+    std::vector<std::string> warnings;
 };
 
 // The largest block and chunk afx accepts, and the most its buffers may take
@@ -34,5 +44,13 @@ inline constexpr std::int64_t kMostBufferBytes = std::int64_t{1} << 30;
 
 // Returns the exit status (0); throws UsageError or RunError.
 int render(const RenderJob& job);
+
+// The same through a module already loaded (a batch loads it once).
+void render(const RenderJob& job, const ModuleHost& host, RenderReport& report);
+
+// The threads the chain's effects are split across: at most one per link and
+// `wanted` (0: the cores beyond the two that read and write), and one when the render fits in a single chunk
+// (`renderFrames`, 0 when unknown), where parts would have nothing to overlap.
+std::size_t chainThreadsFor(int wanted, std::size_t links, std::int64_t renderFrames, std::int64_t chunkFrames);
 
 }  // namespace afx

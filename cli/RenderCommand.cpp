@@ -1,8 +1,10 @@
 // afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]... [options]
+// afx render INPUT... -o DIR [--suffix S] [-j N] -e EFFECT ... (a batch)
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "Batch.h"
 #include "Commands.h"
 #include "Errors.h"
 #include "Render.h"
@@ -14,14 +16,16 @@ namespace {
 constexpr const char* kRenderHelp =
     "usage: afx render INPUT OUTPUT -e EFFECT [-p NAME=VALUE]... [--set INDEX=NORMALISED]...\n"
     "                  [-e EFFECT ...]... [--bits N | --float | --double] [--block N] [--chunk N]\n"
-    "                  [--tail SECONDS] [--strict] [--no-sync] [-y] [--quiet] [--module PATH] [--]\n"
-    "                  [INPUT OUTPUT]\n"
+    "                  [--tail SECONDS] [--strict] [--no-sync] [--threads N] [-y] [--quiet] [--module PATH]\n"
+    "                  [--] [INPUT OUTPUT]\n"
+    "       afx render INPUT... -o DIR [--suffix S] [-j N] -e EFFECT ... [options]\n"
     "\n"
     "Reads INPUT, runs it through the effects in the order given and writes OUTPUT.\n"
     "Each effect processes in place, block after block, as a host drives it: open,\n"
     "sample rate, block size, resume, parameters, blocks (the last one shorter),\n"
     "suspend, close. Reading, the effects and writing run side by side on separate\n"
     "threads, a few chunks apart. INPUT or OUTPUT '-' is standard input or output.\n"
+    "With -o DIR every INPUT is rendered the same way into DIR (a batch).\n"
     "\n"
     "  -e, --effect EFFECT        add an effect to the chain: an identifier from\n"
     "                             'afx list' (any case, e.g. \"Internal Highpass Stereo\")\n"
@@ -65,6 +69,13 @@ constexpr const char* kRenderHelp =
     "                             put in place (saves the final flush, which counts on\n"
     "                             slow disks; a power cut soon after may leave OUTPUT\n"
     "                             empty or partial). By default afx waits.\n"
+    "      --threads N            split a chain of several effects across up to N\n"
+    "                             threads, each running its part of the chain on one\n"
+    "                             chunk while the next part runs on the chunk before\n"
+    "                             (default: the cores beyond the two that read and\n"
+    "                             write; in a batch with more than one worker, 1).\n"
+    "                             1 keeps the chain on one thread. Every effect sees\n"
+    "                             the same blocks, so the output does not depend on it\n"
     "  -y, --overwrite            replace an existing OUTPUT file\n"
     "  -q, --quiet                no chain, progress bar or summary; only warnings\n"
     "      --module PATH          the effects module (default: libAudioFilters.so\n"
@@ -86,19 +97,37 @@ constexpr const char* kRenderHelp =
     "is never replaced: it receives the finished file; a block device or socket is\n"
     "refused.\n"
     "\n"
-    "Exit status: 0 done, 1 a file or the module failed, 2 a usage error.\n";
+    "\n"
+    "Batches: several INPUTs, each written into DIR under its own name with its\n"
+    "extension (so its format) kept, bit for bit what a single render of it gives.\n"
+    "  -o, --output-dir DIR       the folder the outputs go to (it must exist)\n"
+    "      --suffix S             put S between each name and its extension\n"
+    "                             (a.wav -> DIR/aS.wav; S may start with '-')\n"
+    "  -j, --jobs N               render N files at once (default: the cores)\n"
+    "Every name is checked before any work starts: two INPUTs with one name, an\n"
+    "output that is an INPUT, or an existing output without -y is a usage error.\n"
+    "The module is loaded once. A file that fails (unreadable, a format that does\n"
+    "not fit the chain) does not stop the others; a summary names each failure and\n"
+    "its reason. One progress line shows files done, failures and the pace.\n"
+    "\n"
+    "Exit status: 0 done, 1 a file (in a batch: any file) or the module failed,\n"
+    "2 a usage error.\n";
 
-// A frame count from 1 to `most`, said in the error when it lies outside.
-long frameCount(const std::string& text, const std::string& option, long most) {
-    const std::string range = option + " takes a frame count from 1 to " + std::to_string(most);
-    long frames = 0;
+// A count (`what`: "a frame count") from 1 to `most`, said in the error when it lies outside.
+long countFor(const std::string& text, const std::string& option, long most, const char* what = "a number") {
+    const std::string range = option + " takes " + what + " from 1 to " + std::to_string(most);
+    long count = 0;
     try {
-        frames = parseInteger(text, option);
+        count = parseInteger(text, option);
     } catch (const UsageError&) {
         throw UsageError(range + ", not '" + text + "'");
     }
-    if (frames < 1 || frames > most) throw UsageError(range + ", not " + text);
-    return frames;
+    if (count < 1 || count > most) throw UsageError(range + ", not " + text);
+    return count;
+}
+
+long frameCount(const std::string& text, const std::string& option, long most) {
+    return countFor(text, option, most, "a frame count");
 }
 
 SampleRequest bitsRequest(const std::string& text) {
@@ -111,6 +140,10 @@ SampleRequest bitsRequest(const std::string& text) {
                      text + "'");
 }
 
+// The most files at once (-j) or threads for a chain: above any core count,
+// low enough that a slip of the keyboard cannot start a million threads.
+constexpr long kMostWorkers = 1024;
+
 }  // namespace
 
 int renderCommand(Arguments& arguments, const std::string& defaultModule) {
@@ -118,6 +151,9 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
     job.modulePath = defaultModule;
     job.describeChain = true;
     std::vector<std::string> paths;
+    BatchJob batch;
+    bool isBatch = false;
+    bool batchOnly = false;  // -j or --suffix was given
     while (!arguments.done()) {
         std::string inlineValue;
         const std::string word = optionWord(arguments, inlineValue);
@@ -156,6 +192,21 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             job.syncOutput = false;
         } else if (word == "--float") {
             job.samples = SampleRequest::Float;
+        } else if (word == "--threads") {
+            job.chainThreads = static_cast<int>(countFor(arguments.valueFor(word), "--threads", kMostWorkers));
+        } else if (word == "-o" || word == "--output-dir") {
+            batch.folder = arguments.valueFor(word);
+            isBatch = true;
+        } else if (word == "--suffix") {
+            // Taken as typed: a suffix such as "-hp" is no option.
+            if (arguments.done()) throw UsageError("option --suffix needs a value (see afx --help)");
+            batch.suffix = arguments.take();
+            if (batch.suffix.find('/') != std::string::npos)
+                throw UsageError("--suffix '" + batch.suffix + "' holds a '/'; the outputs stay in the -o folder");
+            batchOnly = true;
+        } else if (word == "-j" || word == "--jobs") {
+            batch.workers = static_cast<int>(countFor(arguments.valueFor(word), "-j", kMostWorkers));
+            batchOnly = true;
         } else if (word == "-y" || word == "--overwrite" || word == "--yes") {
             job.overwrite = true;
         } else if (word == "-q" || word == "--quiet") {
@@ -169,8 +220,16 @@ int renderCommand(Arguments& arguments, const std::string& defaultModule) {
             paths.push_back(word);
         }
     }
+    if (isBatch) {
+        if (job.effects.empty()) throw UsageError("render needs at least one -e EFFECT (see afx render --help)");
+        batch.render = job;
+        batch.inputs = paths;
+        return renderBatch(batch);
+    }
+    if (batchOnly) throw UsageError("-j and --suffix are for batches: add -o DIR (see afx render --help)");
     if (paths.size() < 2) throw UsageError("render needs INPUT and OUTPUT (see afx render --help)");
-    if (paths.size() > 2) throw UsageError("render takes one INPUT and one OUTPUT; unexpected '" + paths[2] + "'");
+    if (paths.size() > 2) throw UsageError("render takes one INPUT and one OUTPUT; unexpected '" + paths[2] +
+                                          "' (several INPUTs need -o DIR)");
     if (job.effects.empty()) throw UsageError("render needs at least one -e EFFECT (see afx render --help)");
     job.input = paths[0];
     job.output = paths[1];

@@ -34,31 +34,49 @@ RenderPipeline::RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames
 }
 
 std::int64_t RenderPipeline::run(const Reader& read, const Processor& process, const Writer& write) {
+    return run(read, std::vector<Processor>{process}, write);
+}
+
+std::int64_t RenderPipeline::run(const Reader& read, const std::vector<Processor>& processes, const Writer& write) {
+    const std::size_t stages = processes.size() + 2;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        read_ = processed_ = written_ = framesWritten_ = 0;
-        inputEnded_ = processingEnded_ = failed_ = false;
+        done_.assign(stages, 0);
+        ended_.assign(stages, 0);
+        progressed_ = std::make_unique<std::condition_variable[]>(stages);
+        framesWritten_ = 0;
+        failed_ = false;
         error_ = nullptr;
     }
+    const std::size_t writer = stages - 1;
+    auto processStage = [&](std::size_t stage) {
+        passAll(stage, [&](Slot& slot) { processes[stage - 1](slot.samples.data(), slot.frames); });
+    };
+    auto writeStage = [&] {
+        passAll(writer, [&](Slot& slot) {
+            write(slot.samples.data(), slot.frames);
+            framesWritten_ += slot.frames;  // the writing stage's alone until run() returns
+        });
+    };
     // The first chunk is read here. When the input ends within it (a short
     // file), that chunk is the whole job: processing and writing it on this
-    // thread costs less than starting the two threads would.
+    // thread costs less than starting the threads would.
     if (!readChunk(read, 0)) {
-        processAll(process);
-        writeAll(write);
+        for (std::size_t stage = 1; stage < writer; ++stage) processStage(stage);
+        writeStage();
         if (error_) std::rethrow_exception(error_);
         return framesWritten_;
     }
-    std::thread reader([&] { readAll(read, 1); });
-    std::thread writer;
+    std::vector<std::thread> threads;
     try {
-        writer = std::thread([&] { writeAll(write); });
+        threads.emplace_back([&] { readAll(read, 1); });
+        for (std::size_t stage = 2; stage < writer; ++stage) threads.emplace_back(processStage, stage);
+        threads.emplace_back(writeStage);
     } catch (...) {
         fail(std::current_exception());
     }
-    if (writer.joinable()) processAll(process);
-    reader.join();
-    if (writer.joinable()) writer.join();
+    if (threads.size() == writer) processStage(1);
+    for (std::thread& thread : threads) thread.join();
     if (error_) std::rethrow_exception(error_);
     return framesWritten_;
 }
@@ -69,16 +87,15 @@ void RenderPipeline::fail(std::exception_ptr error) {
         if (!failed_) error_ = error;
         failed_ = true;
     }
-    slotFreed_.notify_all();
-    chunkRead_.notify_all();
-    chunkProcessed_.notify_all();
+    for (std::size_t stage = 0; stage < done_.size(); ++stage) progressed_[stage].notify_all();
 }
 
 bool RenderPipeline::readChunk(const Reader& read, std::int64_t sequence) {
+    const std::size_t writer = done_.size() - 1;
     try {
         {
             std::unique_lock<std::mutex> lock(mutex_);
-            slotFreed_.wait(lock, [&] { return failed_ || sequence - written_ < depth_; });
+            progressed_[writer].wait(lock, [&] { return failed_ || sequence - done_[writer] < depth_; });
             if (failed_) return false;
         }
         // The slot is this thread's alone until the chunk is handed on.
@@ -87,10 +104,10 @@ bool RenderPipeline::readChunk(const Reader& read, std::int64_t sequence) {
         slot.frames = frames;
         {
             const std::lock_guard<std::mutex> lock(mutex_);
-            if (frames > 0) read_ = sequence + 1;
-            if (frames < chunkFrames_) inputEnded_ = true;
+            if (frames > 0) done_[0] = sequence + 1;
+            if (frames < chunkFrames_) ended_[0] = 1;
         }
-        chunkRead_.notify_one();
+        progressed_[0].notify_one();
         return frames == chunkFrames_;
     } catch (...) {
         fail(std::current_exception());
@@ -103,49 +120,28 @@ void RenderPipeline::readAll(const Reader& read, std::int64_t firstSequence) {
     }
 }
 
-void RenderPipeline::processAll(const Processor& process) {
+void RenderPipeline::passAll(std::size_t stage, const std::function<void(Slot&)>& work) {
+    const std::size_t before = stage - 1;
     try {
         for (std::int64_t sequence = 0;; ++sequence) {
             {
                 std::unique_lock<std::mutex> lock(mutex_);
-                chunkRead_.wait(lock, [&] { return failed_ || read_ > sequence || inputEnded_; });
-                if (failed_ || read_ <= sequence) break;
+                progressed_[before].wait(lock,
+                                         [&] { return failed_ || done_[before] > sequence || ended_[before]; });
+                if (failed_ || done_[before] <= sequence) break;
             }
-            Slot& slot = slotOf(sequence);
-            process(slot.samples.data(), slot.frames);
+            work(slotOf(sequence));
             {
                 const std::lock_guard<std::mutex> lock(mutex_);
-                processed_ = sequence + 1;
+                done_[stage] = sequence + 1;
             }
-            chunkProcessed_.notify_one();
+            progressed_[stage].notify_one();
         }
         {
             const std::lock_guard<std::mutex> lock(mutex_);
-            processingEnded_ = true;
+            ended_[stage] = 1;
         }
-        chunkProcessed_.notify_one();
-    } catch (...) {
-        fail(std::current_exception());
-    }
-}
-
-void RenderPipeline::writeAll(const Writer& write) {
-    try {
-        for (std::int64_t sequence = 0;; ++sequence) {
-            {
-                std::unique_lock<std::mutex> lock(mutex_);
-                chunkProcessed_.wait(lock, [&] { return failed_ || processed_ > sequence || processingEnded_; });
-                if (failed_ || processed_ <= sequence) return;
-            }
-            const Slot& slot = slotOf(sequence);
-            write(slot.samples.data(), slot.frames);
-            {
-                const std::lock_guard<std::mutex> lock(mutex_);
-                written_ = sequence + 1;
-                framesWritten_ += slot.frames;
-            }
-            slotFreed_.notify_one();
-        }
+        progressed_[stage].notify_one();
     } catch (...) {
         fail(std::current_exception());
     }

@@ -1,7 +1,10 @@
 #pragma once
 // A bounded pipeline of chunks for the render: one thread reads chunks, the
 // calling thread processes them, one thread writes them, so that file
-// reading, the effects and file writing overlap on separate cores. A fixed
+// reading, the effects and file writing overlap on separate cores. Processing
+// may itself be split into several stages in a row, each on its own thread
+// (the first on the calling one): stage k works on chunk n while stage k + 1
+// works on chunk n - 1, and every stage sees every chunk in order. A fixed
 // ring of `depth` chunk buffers, made once, is all the memory it holds; a
 // stage that gets ahead waits for a free or a filled slot, and chunks reach
 // the writer in the order they were read. How samples are laid out in a
@@ -10,6 +13,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -33,8 +37,10 @@ public:
     // returns the frames that passed. When a stage throws, the others stop at
     // their next chunk and the first exception thrown is rethrown here, once
     // both threads are joined. An input that ends within its first chunk
-    // starts no thread: its one chunk goes through the three stages in turn.
+    // starts no thread: its one chunk goes through the stages in turn.
     std::int64_t run(const Reader& read, const Processor& process, const Writer& write);
+    // The same with the processing in `processes.size()` (at least 1) stages, one after the other on every chunk.
+    std::int64_t run(const Reader& read, const std::vector<Processor>& processes, const Writer& write);
 
     std::int64_t chunkFrames() const { return chunkFrames_; }
     int depth() const { return depth_; }
@@ -49,8 +55,8 @@ private:
     // the input ended with it or a stage failed.
     bool readChunk(const Reader& read, std::int64_t sequence);
     void readAll(const Reader& read, std::int64_t firstSequence);
-    void processAll(const Processor& process);
-    void writeAll(const Writer& write);
+    // Stage `stage` (1 for the first processor, the last for the writer) over every chunk the stage before passes.
+    void passAll(std::size_t stage, const std::function<void(Slot&)>& work);
     void fail(std::exception_ptr error);
     Slot& slotOf(std::int64_t sequence) { return slots_[static_cast<std::size_t>(sequence % depth_)]; }
 
@@ -58,18 +64,16 @@ private:
     int depth_;
     std::vector<Slot> slots_;
 
-    // Chunks are numbered from 0 in reading order; the counts below say how
-    // far each stage has got. Slot `n % depth` is free once chunk n - depth is written.
+    // Stage 0 reads, the stages after it process, the last one writes.
+    // Chunks are numbered from 0 in reading order; done_[k] counts the chunks
+    // stage k has finished, ended_[k] says it will pass no more, and
+    // progressed_[k] wakes the stage after it (the reader waits on the
+    // writer's). Slot `n % depth` is free once chunk n - depth is written.
     std::mutex mutex_;
-    std::condition_variable slotFreed_;
-    std::condition_variable chunkRead_;
-    std::condition_variable chunkProcessed_;
-    std::int64_t read_ = 0;
-    std::int64_t processed_ = 0;
-    std::int64_t written_ = 0;
+    std::vector<std::int64_t> done_;
+    std::vector<char> ended_;
+    std::unique_ptr<std::condition_variable[]> progressed_;
     std::int64_t framesWritten_ = 0;
-    bool inputEnded_ = false;
-    bool processingEnded_ = false;
     bool failed_ = false;
     std::exception_ptr error_;
 };

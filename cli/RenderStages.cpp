@@ -18,9 +18,21 @@ std::size_t strideFor(std::int64_t frames) {
 
 }  // namespace
 
-RenderStages::RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames)
+std::vector<ChainPart> splitChain(std::size_t links, std::size_t parts) {
+    parts = std::clamp<std::size_t>(parts, 1, std::max<std::size_t>(links, 1));
+    std::vector<ChainPart> split(parts);
+    for (std::size_t part = 0; part < parts; ++part) {
+        split[part].firstLink = part * links / parts;
+        split[part].endLink = (part + 1) * links / parts;
+        split[part].last = part + 1 == parts;
+    }
+    return split;
+}
+
+RenderStages::RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames, std::size_t chainParts)
     : channels_(channels), chunkFrames_(chunkFrames), blockFrames_(blockFrames), stride_(strideFor(chunkFrames)),
-      readFrames_(static_cast<std::size_t>(chunkFrames) * channels), readPlanes_(channels), blockPlanes_(channels),
+      readFrames_(static_cast<std::size_t>(chunkFrames) * channels), readPlanes_(channels),
+      blockPlanes_(std::max<std::size_t>(chainParts, 1), std::vector<float*>(channels)),
       writeFrames_(static_cast<std::size_t>(chunkFrames) * channels), writePlanes_(channels), before_(channels),
       after_(channels) {}
 
@@ -37,14 +49,17 @@ void RenderStages::silence(float* chunk, std::int64_t from, std::int64_t to) con
     for (unsigned c = 0; c < channels_; ++c) std::fill(chunk + c * stride_ + from, chunk + c * stride_ + to, 0.0f);
 }
 
-void RenderStages::process(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first, TailWatch& tail) {
+void RenderStages::process(const Chain& chain, const ChainPart& part, std::size_t partIndex, float* chunk,
+                           std::int64_t frames, std::int64_t first, TailWatch& tail) {
+    std::vector<float*>& planes = blockPlanes_[partIndex];
     for (std::int64_t start = 0; start < frames; start += blockFrames_) {
         const auto count = static_cast<int>(std::min<std::int64_t>(blockFrames_, frames - start));
-        pointInto(chunk, start, blockPlanes_);
-        chain.process(blockPlanes_.data(), count);
-        tail.take(blockPlanes_.data(), channels_, first + start, count);
+        pointInto(chunk, start, planes);
+        chain.process(planes.data(), count, part.firstLink, part.endLink);
+        if (!part.last) continue;
+        tail.take(planes.data(), channels_, first + start, count);
         // Metered while the block is still in the cache; writing is the busier thread.
-        after_.take(blockPlanes_.data(), count);
+        after_.take(planes.data(), count);
     }
 }
 

@@ -4,7 +4,8 @@
 // into them and meters the input, the calling thread runs the chain over them
 // in place block by block and meters each block it leaves, the writing thread
 // interleaves them again and writes them. So the effects' thread does little
-// besides the effects.
+// besides the effects. A chain split across threads runs a part of its links
+// on each (ChainPart), every part over the whole chunk.
 #include <cstdint>
 #include <vector>
 
@@ -15,9 +16,21 @@
 
 namespace afx {
 
+// Links [firstLink, endLink) of a chain, run by one thread of the render; the
+// last part also follows the tail and meters the output.
+struct ChainPart {
+    std::size_t firstLink = 0;
+    std::size_t endLink = 0;
+    bool last = true;
+};
+
+// `links` links in `parts` (1 to links) parts of as even a count as they divide into.
+std::vector<ChainPart> splitChain(std::size_t links, std::size_t parts);
+
 class RenderStages {
 public:
-    RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames);
+    // `chainParts`: the threads the chain is split across, each with its own block pointers.
+    RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames, std::size_t chainParts = 1);
 
     // The floats one chunk takes.
     std::size_t chunkFloats() const { return stride_ * channels_; }
@@ -26,9 +39,11 @@ public:
     std::int64_t read(InputFile& input, float* chunk);
     // On the reading thread: silence in frames `from` to `to` of a chunk (the tail's input).
     void silence(float* chunk, std::int64_t from, std::int64_t to) const;
-    // On the calling thread: the chain over the chunk, `blockFrames` per call;
-    // the chunk starts at frame `first` of the render, and `tail` sees every block.
-    void process(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first, TailWatch& tail);
+    // On the effects' thread of part `part` (numbered from 0): its links over
+    // the chunk, `blockFrames` per call; the chunk starts at frame `first` of
+    // the render, and on the last part `tail` sees every block.
+    void process(const Chain& chain, const ChainPart& part, std::size_t partIndex, float* chunk, std::int64_t frames,
+                 std::int64_t first, TailWatch& tail);
     // On the writing thread.
     void write(OutputFile& output, const float* chunk, std::int64_t frames);
 
@@ -50,7 +65,7 @@ private:
     // Each stage's own buffers, made once.
     std::vector<float> readFrames_;
     std::vector<float*> readPlanes_;
-    std::vector<float*> blockPlanes_;
+    std::vector<std::vector<float*>> blockPlanes_;  // one set per chain part
     std::vector<float> writeFrames_;
     std::vector<const float*> writePlanes_;
     PeakMeter before_;

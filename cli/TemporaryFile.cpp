@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,14 +21,50 @@ namespace {
 
 constexpr const char* kPrefix = ".afx-";
 
-// The named file for the signal handler: fixed storage, since a handler may
-// only call async-signal-safe functions (unlink, signal, raise).
-char gNamedPath[PATH_MAX + 32] = {};
+// The named files for the signal handler, one slot per file under way:
+// fixed storage, since a handler may only call async-signal-safe functions
+// (unlink, signal, raise) and read lock-free atomics.
+constexpr int kNamedSlots = 64;
+struct NamedSlot {
+    std::atomic<bool> taken{false};
+    char path[PATH_MAX + 32] = {};
+};
+NamedSlot gNamed[kNamedSlots];
 
 extern "C" void removeNamedAndDie(int signalNumber) {
-    if (gNamedPath[0] != '\0') ::unlink(gNamedPath);
+    for (NamedSlot& slot : gNamed)
+        if (slot.taken.load() && slot.path[0] != '\0') ::unlink(slot.path);
     std::signal(signalNumber, SIG_DFL);
     std::raise(signalNumber);
+}
+
+// A free slot, or -1 when all are taken.
+int takeSlot() {
+    for (int index = 0; index < kNamedSlots; ++index) {
+        bool expected = false;
+        if (gNamed[index].taken.compare_exchange_strong(expected, true)) {
+            gNamed[index].path[0] = '\0';
+            return index;
+        }
+    }
+    return -1;
+}
+
+// The process's file mode mask, read without changing it (umask() would, for
+// a moment, for every thread's new files); the kernel shows it since Linux 4.7.
+mode_t currentUmask() {
+    if (FILE* status = std::fopen("/proc/self/status", "r")) {
+        char line[256];
+        unsigned mask = 0;
+        bool found = false;
+        while (!found && std::fgets(line, sizeof line, status) != nullptr)
+            found = std::sscanf(line, "Umask: %o", &mask) == 1;
+        std::fclose(status);
+        if (found) return static_cast<mode_t>(mask);
+    }
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return mask;
 }
 
 void installCleanupHandlers() {
@@ -40,23 +78,21 @@ std::string namePattern(const std::string& folder) {
     return folder + "/" + kPrefix + std::to_string(::getpid()) + "-XXXXXX";
 }
 
-// Makes a fresh name in gNamedPath and returns the open file; -1 on failure.
-int makeNamed(const std::string& folder) {
+// Makes a fresh name in `named` (PATH_MAX + 32 chars) and returns the open file; -1 on failure.
+int makeNamed(const std::string& folder, char* named) {
     const std::string pattern = namePattern(folder);
-    if (pattern.size() >= sizeof gNamedPath) {
+    if (pattern.size() >= PATH_MAX + 32) {
         errno = ENAMETOOLONG;
         return -1;
     }
-    std::memcpy(gNamedPath, pattern.c_str(), pattern.size() + 1);
-    const int descriptor = ::mkstemp(gNamedPath);
+    std::memcpy(named, pattern.c_str(), pattern.size() + 1);
+    const int descriptor = ::mkstemp(named);
     if (descriptor < 0) {
-        gNamedPath[0] = '\0';
+        named[0] = '\0';
         return -1;
     }
     // mkstemp makes the file private; give it the permissions a new file gets.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(descriptor, 0666 & ~mask);
+    ::fchmod(descriptor, 0666 & ~currentUmask());
     return descriptor;
 }
 
@@ -85,7 +121,11 @@ void removeStaleTemporaries(const std::string& folder) {
     ::closedir(listing);
 }
 
-TemporaryFile::TemporaryFile(const std::string& folder) : folder_(folder) {
+char* TemporaryFile::named() { return slot_ >= 0 ? gNamed[slot_].path : ownName_; }
+
+void TemporaryFile::forgetName() { named()[0] = '\0'; }
+
+TemporaryFile::TemporaryFile(const std::string& folder) : folder_(folder), slot_(takeSlot()) {
     installCleanupHandlers();
     removeStaleTemporaries(folder);
     // An unnamed file can be named later only through /proc (without privileges).
@@ -93,14 +133,19 @@ TemporaryFile::TemporaryFile(const std::string& folder) : folder_(folder) {
         descriptor_ = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
         unnamed_ = descriptor_ >= 0;
     }
-    if (descriptor_ < 0) descriptor_ = makeNamed(folder);
-    if (descriptor_ < 0) throw RunError("cannot write in folder '" + folder + "': " + systemReason());
+    if (descriptor_ < 0) descriptor_ = makeNamed(folder, named());
+    if (descriptor_ < 0) {
+        const std::string reason = systemReason();
+        if (slot_ >= 0) gNamed[slot_].taken.store(false);
+        throw RunError("cannot write in folder '" + folder + "': " + reason);
+    }
 }
 
 TemporaryFile::~TemporaryFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
-    if (!placed_ && gNamedPath[0] != '\0') ::unlink(gNamedPath);
-    gNamedPath[0] = '\0';
+    if (!placed_ && named()[0] != '\0') ::unlink(named());
+    forgetName();
+    if (slot_ >= 0) gNamed[slot_].taken.store(false);
 }
 
 void TemporaryFile::placeAt(const std::string& path) {
@@ -111,32 +156,32 @@ void TemporaryFile::placeAt(const std::string& path) {
         const std::string self = "/proc/self/fd/" + std::to_string(descriptor_);
         for (int attempt = 0;; ++attempt) {
             const std::string pattern = namePattern(folder_);
-            std::memcpy(gNamedPath, pattern.c_str(), pattern.size() + 1);
+            std::memcpy(named(), pattern.c_str(), pattern.size() + 1);
             // A fresh name: mkstemp's, given up at once so link can take it.
-            const int probe = ::mkstemp(gNamedPath);
+            const int probe = ::mkstemp(named());
             if (probe < 0) {
-                gNamedPath[0] = '\0';
+                forgetName();
                 break;
             }
             ::close(probe);
-            ::unlink(gNamedPath);
-            if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, gNamedPath, AT_SYMLINK_FOLLOW) == 0) break;
+            ::unlink(named());
+            if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, named(), AT_SYMLINK_FOLLOW) == 0) break;
             if (errno != EEXIST || attempt > 100) {
                 const std::string reason = systemReason();
-                gNamedPath[0] = '\0';
+                forgetName();
                 throw RunError("cannot name the finished output in '" + folder_ + "': " + reason);
             }
         }
     }
-    if (gNamedPath[0] == '\0') throw RunError("cannot name the finished output in '" + folder_ + "'");
-    if (::rename(gNamedPath, path.c_str()) != 0) {
+    if (named()[0] == '\0') throw RunError("cannot name the finished output in '" + folder_ + "'");
+    if (::rename(named(), path.c_str()) != 0) {
         const std::string reason = systemReason();
-        ::unlink(gNamedPath);
-        gNamedPath[0] = '\0';
+        ::unlink(named());
+        forgetName();
         throw RunError("cannot move the finished output to '" + path + "': " + reason);
     }
     placed_ = true;
-    gNamedPath[0] = '\0';
+    forgetName();
     const int descriptor = descriptor_;
     descriptor_ = -1;
     if (::close(descriptor) != 0) throw RunError("cannot finish output '" + path + "': " + systemReason());

@@ -6,7 +6,9 @@
 // ".afx-PID-XXXXXX", removed on failure and on SIGINT, SIGTERM and SIGHUP;
 // one left by a killed render is removed by the next render in that folder,
 // once no process of that number runs. The names are short, whatever
-// OUTPUT's length.
+// OUTPUT's length. Several may be under way at once, on several threads (a
+// batch).
+#include <climits>
 #include <string>
 
 namespace afx {
@@ -27,10 +29,18 @@ public:
     void placeAt(const std::string& path);
 
 private:
+    // The hidden name while the file has one ("" otherwise): a slot the
+    // signal handler sees, or this file's own storage when every slot is taken
+    // (then a signal leaves it for the next render to remove).
+    char* named();
+    void forgetName();
+
     std::string folder_;
     int descriptor_ = -1;
     bool unnamed_ = false;
     bool placed_ = false;
+    int slot_ = -1;
+    char ownName_[PATH_MAX + 32] = {};
 };
 
 // Removes ".afx-PID-XXXXXX" files of `folder` whose process no longer runs.

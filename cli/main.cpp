@@ -102,7 +102,9 @@ namespace {
 
 // Short options that take a value ("-evolume" is "-e volume") and those that
 // do not ("-yq" is "-y -q").
-bool takesValue(char letter) { return letter == 'e' || letter == 'p' || letter == 'm' || letter == 'b'; }
+bool takesValue(char letter) {
+    return letter == 'e' || letter == 'p' || letter == 'm' || letter == 'b' || letter == 'o' || letter == 'j';
+}
 bool isFlag(char letter) { return letter == 'y' || letter == 'q' || letter == 'h'; }
 
 }  // namespace

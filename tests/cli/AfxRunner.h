@@ -23,6 +23,20 @@ namespace afxtest {
 inline const std::string kAfx = AF_BINARY_DIR "/afx";
 inline const std::string kFakeModule = AF_BINARY_DIR "/libafx_fake_module.so";
 
+// The names in `folder`, hidden ones included, sorted.
+inline std::vector<std::string> entriesOf(const std::string& folder) {
+    std::vector<std::string> names;
+    if (DIR* listing = ::opendir(folder.c_str())) {
+        while (const dirent* entry = ::readdir(listing)) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") names.push_back(name);
+        }
+        ::closedir(listing);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 class ScratchFolder {
 public:
     ScratchFolder() {
@@ -36,18 +50,7 @@ public:
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
     // Every entry, hidden ones included, sorted.
-    std::vector<std::string> entries() const {
-        std::vector<std::string> names;
-        if (DIR* folder = ::opendir(path_.c_str())) {
-            while (const dirent* entry = ::readdir(folder)) {
-                const std::string name = entry->d_name;
-                if (name != "." && name != "..") names.push_back(name);
-            }
-            ::closedir(folder);
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    std::vector<std::string> entries() const { return entriesOf(path_); }
 
 private:
     std::string path_;
