@@ -67,25 +67,6 @@ def ladspa_ids():
     return {label: uid for uid, label in re.findall(r"\((\d+)/(af_[a-z0-9_]+)\)", result.stdout)}
 
 
-# Ardour here stops making ports at a few hundred: one session's master
-# carries at most this many channels, the unity track's two included.
-MASTER_CHANNELS = 72
-
-
-def sessions(plan):
-    """The plan in groups that fit one session's master, in order."""
-    groups, group, width = [], [], 2
-    for track in plan:
-        if group and width + track["channels"] > MASTER_CHANNELS:
-            groups.append(group)
-            group, width = [], 2
-        group.append(track)
-        width += track["channels"]
-    if group:
-        groups.append(group)
-    return groups
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--afx", required=True)
@@ -120,11 +101,8 @@ def main():
             return 1
         plan.append({"name": f"la{number:02d}", "type": "LADSPA", "plugin": uids[label],
                      "channels": info["inputs"], "params": params, "afx": afx_args})
-    mismatches = 0
     try:
-        for number, group in enumerate(sessions(plan), start=1):
-            work = os.path.join(args.work, f"session{number}") if args.work else None
-            mismatches += run.run(group, args.afx, work=work, keep=args.keep)
+        mismatches = run.run(plan, args.afx, work=args.work, keep=args.keep)
     except run.Failure as failure:
         print(f"FAIL: {failure}", file=sys.stderr)
         return 1
