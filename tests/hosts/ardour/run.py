@@ -8,7 +8,10 @@ PLAN.json is a list of tracks:
     {"name": "hp2", "type": "LXVST" | "LV2" | "LADSPA", "plugin": "<name or URI>",
      "channels": 2, "params": {"0": 0.3125}, "afx": ["-e", "Internal Highpass Stereo", "--set", "0=0.3125"]}
 "params" are the values given to Ardour's plug-in controls (index: value);
-"afx" are the arguments that make afx render the same thing.
+"afx" are the arguments that make afx render the same thing. An optional
+"drops": [[low Hz, high Hz, least dB, most dB], ...] asks, besides, that
+between each two frequencies the export hold that many dB less than the
+input: a check of the values set that does not depend on afx.
 
 A session holds many tracks (ardour7-lua with the Dummy backend records its
 noise on each track, then adds the plug-ins; a plan with more channels than
@@ -200,6 +203,35 @@ def first_difference(expected, actual, offset=0):
             f"({bits_e[frame, channel]:#010x}), Ardour {actual[frame, channel]!r} ({bits_a[frame, channel]:#010x})")
 
 
+def band_power(samples, low_hz, high_hz):
+    """The power of each channel between two frequencies (Hann window)."""
+    window = np.hanning(samples.shape[0])[:, None]
+    spectrum = np.fft.rfft(samples.astype(np.float64) * window, axis=0)
+    hz = np.fft.rfftfreq(samples.shape[0], 1.0 / SAMPLE_RATE)
+    band = (hz >= low_hz) & (hz <= high_hz)
+    return (np.abs(spectrum[band]) ** 2).sum(axis=0)
+
+
+# Frames of the region left out of the band measure: the effect's response
+# to the recording's abrupt start.
+DROP_SETTLING = 4800
+
+
+def drop_verdict(track, source, heard):
+    """A text on how far each band dropped, starting MISMATCH when one is outside its range."""
+    start = LEAD_IN + DROP_SETTLING
+    texts, wrong = [], False
+    for low_hz, high_hz, least_db, most_db in track["drops"]:
+        before = band_power(source[start:], low_hz, high_hz)
+        after = band_power(heard[start:], low_hz, high_hz)
+        drop_db = 10.0 * np.log10(before / np.maximum(after, 1e-300))
+        texts.append(f"{low_hz:g}-{high_hz:g} Hz down {drop_db.min():.2f} to {drop_db.max():.2f} dB")
+        if drop_db.min() < least_db or drop_db.max() > most_db:
+            wrong = True
+            texts[-1] += f", not {least_db:g} to {most_db:g}"
+    return ("MISMATCH: " if wrong else "") + ", ".join(texts)
+
+
 def compare(plan, tracks, exported, afx, work):
     """Returns a list of (track, verdict) and the number of mismatches."""
     verdicts, mismatches = [], 0
@@ -231,6 +263,9 @@ def compare(plan, tracks, exported, afx, work):
         else:
             verdict = (f"equal bit for bit ({expected.shape[0] - exact_from} frames x {channels} channels"
                        + (f", lead-in below {LEAD_IN_FLOOR:g})" if exact_from else ")"))
+            if name != UNITY_TRACK and "drops" in track:
+                dropped = drop_verdict(track, source, heard)
+                verdict = dropped if dropped.startswith("MISMATCH") else f"{verdict}; {dropped}"
         if verdict.startswith("MISMATCH"):
             mismatches += 1
         verdicts.append((name, verdict))
