@@ -20,8 +20,9 @@ master as 32-bit float with every track on channels of its own, and each track's
 channels must equal afx's output exactly. A pass-through track with no plug-in
 proves that the gain stages in between are unity. When an Ardour tool crashes
 or hangs, the session is thrown away and made again from scratch (a new
-recording, new plug-ins, a new export), at most SESSION_ATTEMPTS times; a
-mismatch is never retried.
+recording, new plug-ins, a new export), at most SESSION_ATTEMPTS times, the
+exports under valgrind once plain ones have aborted a few times; a mismatch
+is never retried.
 The plug-in folders come from the environment as Ardour reads them
 (LV2_PATH, LADSPA_PATH) and, for VST 2, from configure(vst2_folder=...).
 """
@@ -50,8 +51,8 @@ SAMPLE_RATE = 48000
 # no plug-in aborted 4 times in 12 and 6 in 16 (ardour7-lua now and then dies
 # of a segmentation fault too). The abort shows as the export's channels are
 # freed. Exporting a session that aborted again aborts as often (6 times in
-# 10), so a crashed attempt starts over from a new session. At one abort in
-# two, ten attempts all fail about once in a thousand sessions.
+# 10), so a crashed attempt starts over from a new session; on a loaded
+# machine up to two attempts in three crashed, hence the serial exports below.
 SESSION_ATTEMPTS = 10
 # Under valgrind's core alone (no checking tool), which runs a program's
 # threads one at a time, the export of a session that aborted 1 to 6 times in
@@ -303,7 +304,8 @@ def run_session(plan, afx, seconds, work, env):
         try:
             session_dir, tracks = build_session(plan, work, env, seconds, log)
             export_crashes = sum(crash.startswith("ardour7-export") for crash in crashes)
-            exported_file = export(session_dir, work, env, log, export_crashes >= SERIAL_AFTER_EXPORT_CRASHES)
+            serial = export_crashes >= SERIAL_AFTER_EXPORT_CRASHES
+            exported_file = export(session_dir, work, env, log, serial)
             break
         except Crash as crash:
             crashes.append(str(crash))
@@ -318,7 +320,7 @@ def run_session(plan, afx, seconds, work, env):
     for name, verdict in verdicts:
         print(f"  {name:<28} {verdict}")
     print(f"  session of {len(plan)} plug-in tracks and the unity track: {mismatches} mismatching; "
-          f"{len(crashes)} crashed attempts before it", flush=True)
+          f"{len(crashes)} crashed attempts before it" + ("; exported under valgrind" if serial else ""), flush=True)
     return mismatches, len(crashes)
 
 
