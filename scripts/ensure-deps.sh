@@ -6,11 +6,12 @@ set -euo pipefail
 # pybind11 and Python's headers with NumPy and soundfile (the Python package and its demo).
 # Tests: clang with libFuzzer (fuzz/run.sh), the real hosts the bridges are tried in, and the Python
 # package's test tools (pytest, matplotlib, dask.distributed, pip and venv for the install check), and
-# Ardour 7 for the VST 2 files (its harness is driven by Debian's Python with NumPy).
+# Ardour 7 for the plug-ins (its harness is driven by Debian's Python with NumPy, and exports under valgrind's
+# core when Ardour's own exports keep aborting).
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libsndfile1-dev ladspa-sdk lv2-dev
   pybind11-dev python3-dev python3-numpy python3-soundfile)
 if [ "${1:-}" = --tests ]; then
-  packages+=(clang libclang-rt-14-dev ffmpeg sox ecasound lv2file lilv-utils sordi ardour
+  packages+=(clang libclang-rt-14-dev ffmpeg sox ecasound lv2file lilv-utils sordi ardour valgrind
     python3-pytest python3-matplotlib python3-distributed python3-pip python3-venv python3-setuptools)
 fi
 missing=()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs every test: a Release build with the Python package, the VST 2
-# plug-ins in Ardour 7 headless, the suite again with the plain
+# Builds and runs every test: a Release build with the Python package, the VST 2,
+# LV2 and LADSPA plug-ins in Ardour 7 headless, the suite again with the plain
 # loops, then under the address and undefined-behaviour sanitizers, under the
 # thread sanitizer, built by clang, the Python package installed by pip, the
 # validator over every registered effect, and each fuzzer for a minute.
@@ -21,8 +21,8 @@ run_suite() {  # build folder, extra CMake arguments...
 run_suite build -DCMAKE_BUILD_TYPE=Release
 echo "== All VST 2 plug-in files, installed, in Ardour 7 (headless), each compared with afx bit for bit"
 sh tests/hosts/ardour/vst2-installed.sh build
-# The LV2 and LADSPA plug-ins in Ardour (tests/hosts/ardour/bridges.py) are run by hand for now: one of their
-# sessions made ardour7-export abort six times running, and a retry repeats only the export of the same session.
+echo "== Every LV2 and LADSPA plug-in in Ardour 7 (headless), values set in Hz and dB, each compared with afx bit for bit"
+LADSPA_PATH=$PWD/build/bin LV2_PATH=$PWD/build/lv2 /usr/bin/python3 tests/hosts/ardour/bridges.py --afx build/bin/afx
 echo "== The Release suite again with the vector kernels switched off (plain per-channel loops)"
 AF_FORCE_SCALAR=1 build/bin/af_tests --gtest_brief=1
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

@@ -23,8 +23,8 @@ using AFBridge::Unit;
 constexpr const char* kDescriptionFile = "AudioFilters.ttl";
 constexpr const char* kPresetFile = "presets.ttl";
 constexpr const char* kMakerName = "AudioFilters";
-// No licence file ships with the project yet: the URI names the project's own terms.
-constexpr const char* kLicense = "urn:audiofilters:license";
+// No doap:license: the project states no licence, and a made-up URI would
+// tell hosts nothing true.
 // Bumped whenever the ports or their meaning change (LV2 hosts compare them).
 constexpr int kMinorVersion = 1;
 constexpr int kMicroVersion = 0;
@@ -168,7 +168,6 @@ void describe(std::ostream& out, const Plugin& plugin) {
         << "    a lv2:Plugin , doap:Project , " << classOf(plugin) << " ;\n"
         << "    doap:name " << quoted(plugin.name) << " ;\n"
         << "    doap:maintainer [ a foaf:Organization ; foaf:name " << quoted(kMakerName) << " ] ;\n"
-        << "    doap:license <" << kLicense << "> ;\n"
         << "    lv2:minorVersion " << kMinorVersion << " ;\n"
         << "    lv2:microVersion " << kMicroVersion << " ;\n"
         << "    rdfs:comment " << quoted(comment) << " ;\n"

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -25,6 +26,8 @@ constexpr int kFrames = 3 * kRate;
 constexpr int kMeasured = 441 * 100;
 // The default centre and cut-off frequency of the filters, in hertz.
 constexpr double kDefaultCutoffHz = 1495.0;
+// The default quality factor of the band-pass and the notch: 0.5 * 0.5 * 9.9 + 0.1.
+constexpr double kDefaultQ = 2.575;
 
 Channels tone(int channels, int frames, double hz, double amplitude) {
     Channels out(static_cast<std::size_t>(channels), std::vector<float>(static_cast<std::size_t>(frames)));
@@ -50,6 +53,20 @@ double butterworthGain(bool highpass, double hz, double cutoffHz) {
     return 1.0 / (1.0 + std::pow(r, 4.0));
 }
 
+// The band-pass (unity gain at the centre) and notch sections of the
+// bilinear-transform cookbook, evaluated on the unit circle:
+// band-pass H(z) = alpha (1 - z^-2) / D(z), notch H(z) = (1 - 2 cos w0 z^-1 + z^-2) / D(z),
+// D(z) = (1 + alpha) - 2 cos w0 z^-1 + (1 - alpha) z^-2, alpha = sin w0 / 2Q.
+double resonatorGain(bool notch, double hz, double centreHz, double q) {
+    const double w0 = 2.0 * kPi * centreHz / kRate;
+    const double alpha = std::sin(w0) / (2.0 * q);
+    const std::complex<double> z1 = std::polar(1.0, -2.0 * kPi * hz / kRate);
+    const std::complex<double> z2 = z1 * z1;
+    const std::complex<double> numerator = notch ? 1.0 - 2.0 * std::cos(w0) * z1 + z2 : alpha * (1.0 - z2);
+    const std::complex<double> denominator = (1.0 + alpha) - 2.0 * std::cos(w0) * z1 + (1.0 - alpha) * z2;
+    return std::abs(numerator / denominator);
+}
+
 struct DefaultCase {
     const char* family;        // "highpass": label af_<family>_stereo, URI urn:audiofilters:<family>-stereo
     const char* identifier;    // the registered effect, to skip families not built
@@ -63,6 +80,8 @@ std::vector<DefaultCase> defaultCases() {
     return {
         {"highpass", "Internal Highpass Stereo", butterworthGain(true, kToneHz, kDefaultCutoffHz), "1495"},
         {"lowpass", "Internal Lowpass Stereo", butterworthGain(false, kToneHz, kDefaultCutoffHz), "1495"},
+        {"bandpass", "Internal Bandpass Stereo", resonatorGain(false, kToneHz, kDefaultCutoffHz, kDefaultQ), "1495,2.575"},
+        {"notch", "Internal Bandreject Stereo", resonatorGain(true, kToneHz, kDefaultCutoffHz, kDefaultQ), "1495,2.575"},
         // A bell, a shelf and a level at 0 dB leave the tone as it is.
         {"parametric_eq", "Internal Parametric EQ Stereo", 1.0, "1495,10.05,0"},
         {"bass", "Internal Bass Stereo", 1.0, "0"},
@@ -109,8 +128,10 @@ const std::vector<Host>& hosts() {
          [](const std::string& in, const std::string& out, const DefaultCase& c) {
              return "lv2file -i " + shellQuoted(in) + " -o " + shellQuoted(out) + " " + shellQuoted(uriFor(c));
          }},
-        // ecasound 2.9 starts every control it is not given at 0, whatever the
-        // plug-in declares (ladspa-sdk's own amp_mono too): the defaults are typed.
+        // ecasound 2.9.3 starts every control it is not given at 0 (its cop-status
+        // shows it), whatever default the plug-in's hints name, ladspa-sdk's own
+        // delay_5s too, and has no switch for it: the defaults are typed, as the
+        // README tells users to.
         {"ecasound", "ecasound", "ecasound",
          [](const std::string& in, const std::string& out, const DefaultCase& c) {
              return "ecasound -q -f:f32_le,2," + std::to_string(kRate) + " -i " + shellQuoted(in) + " -o " +

@@ -9,10 +9,12 @@ Ardour's API to a value in the control's own unit other than its default
 (1000 Hz for a frequency, -12 dB for a level, +6 dB for a boost, 0.25 s for a
 time, 25 % for a share; the 16-channel delays keep their default times, see
 below), and the float export must equal afx rendering the registered effect
-with the same display values (run.py), bit for bit.
+with the same display values (run.py), bit for bit. The high-pass, low-pass
+and volume tracks are also measured against their input, without afx.
 """
 import argparse
 import json
+import math
 import os
 import re
 import subprocess
@@ -61,29 +63,28 @@ def value_for(parameter):
     return next((v for v in candidates if default is None or abs(v - default) > 1e-6), candidates[0])
 
 
+def expected_drops(identifier, params):
+    """What the values set do to the input, in run.py's "drops": for the
+    high-pass at 1000 Hz, 100 Hz down by at least 70 dB (about 80) and 500 Hz
+    by 24.3 to 25.0 dB (the default 1495 Hz would give 38); for the low-pass at
+    1000 Hz, 10 kHz down by at least 70 dB and 2000 Hz by 24.7 to 24.8 dB (the
+    default, 12.5). Two second-order Butterworth sections by the bilinear
+    transform: 20 log10(1 + r^4) dB, r the ratio of the prewarped frequencies.
+    The volume at -12 dB takes everything down by 12 dB."""
+    family = identifier.split()[1]
+    if family == "Highpass" and params.get("0") == 1000.0:
+        return [[90.0, 110.0, 70.0, math.inf], [495.0, 505.0, 23.5, 26.0]]
+    if family == "Lowpass" and params.get("0") == 1000.0:
+        return [[9000.0, 11000.0, 70.0, math.inf], [1995.0, 2005.0, 23.5, 26.0]]
+    if family == "Volume" and params.get("0") == -12.0:
+        return [[20.0, 20000.0, 11.99, 12.01]]
+    return None
+
+
 def ladspa_ids():
     """LADSPA label -> unique id (as text), as listplugins reads the bridge."""
     result = subprocess.run(["listplugins"], capture_output=True, text=True, check=True)
     return {label: uid for uid, label in re.findall(r"\((\d+)/(af_[a-z0-9_]+)\)", result.stdout)}
-
-
-# Ardour here stops making ports at a few hundred: one session's master
-# carries at most this many channels, the unity track's two included.
-MASTER_CHANNELS = 72
-
-
-def sessions(plan):
-    """The plan in groups that fit one session's master, in order."""
-    groups, group, width = [], [], 2
-    for track in plan:
-        if group and width + track["channels"] > MASTER_CHANNELS:
-            groups.append(group)
-            group, width = [], 2
-        group.append(track)
-        width += track["channels"]
-    if group:
-        groups.append(group)
-    return groups
 
 
 def main():
@@ -113,18 +114,17 @@ def main():
             params[str(parameter["index"])] = value
             settings += ["-p", f"{parameter['index']}={value!r}"]
         afx_args = ["-e", identifier] + settings
+        drops = expected_drops(identifier, params)
+        checks = {"drops": drops} if drops else {}
         plan.append({"name": f"lv{number:02d}", "type": "LV2", "plugin": f"urn:audiofilters:{slug}",
-                     "channels": info["inputs"], "params": params, "afx": afx_args})
+                     "channels": info["inputs"], "params": params, "afx": afx_args, **checks})
         if label not in uids:
             print(f"FAIL: listplugins shows no LADSPA plug-in {label}", file=sys.stderr)
             return 1
         plan.append({"name": f"la{number:02d}", "type": "LADSPA", "plugin": uids[label],
-                     "channels": info["inputs"], "params": params, "afx": afx_args})
-    mismatches = 0
+                     "channels": info["inputs"], "params": params, "afx": afx_args, **checks})
     try:
-        for number, group in enumerate(sessions(plan), start=1):
-            work = os.path.join(args.work, f"session{number}") if args.work else None
-            mismatches += run.run(group, args.afx, work=work, keep=args.keep)
+        mismatches = run.run(plan, args.afx, work=args.work, keep=args.keep)
     except run.Failure as failure:
         print(f"FAIL: {failure}", file=sys.stderr)
         return 1
