@@ -8,9 +8,10 @@
 
 #include <vector>
 
+#include "dsp/simd/VectorPath.h"
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
-#include "dsp/simd/VectorPath.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace {
 

@@ -11,11 +11,9 @@
 #include <cmath>
 #include <vector>
 
-#include "effects/filters/Bandpass.h"
-#include "effects/filters/Bandreject.h"
-#include "effects/filters/Highpass.h"
-#include "effects/filters/Lowpass.h"
 #include "dsp/simd/VectorPath.h"
+#include "effects/filters/CutFilters.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <cmath>
 #include <vector>
 
-#include "effects/filters/Bass.h"
 #include "effects/filters/ParametricEQ.h"
-#include "effects/filters/Treble.h"
+#include "effects/filters/Shelf.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace {
 

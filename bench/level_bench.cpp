@@ -17,6 +17,7 @@
 #include "effects/level/Mute.h"
 #include "effects/level/SwapChannels.h"
 #include "effects/level/Volume.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace {
 

@@ -5,13 +5,9 @@
 
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
-#include "effects/filters/Bandpass.h"
-#include "effects/filters/Bandreject.h"
-#include "effects/filters/Bass.h"
-#include "effects/filters/Highpass.h"
-#include "effects/filters/Lowpass.h"
+#include "effects/filters/CutFilters.h"
 #include "effects/filters/ParametricEQ.h"
-#include "effects/filters/Treble.h"
+#include "effects/filters/Shelf.h"
 #include "effects/level/Balance.h"
 #include "effects/level/ChannelVolume.h"
 #include "effects/level/Fill.h"
@@ -19,6 +15,7 @@
 #include "effects/level/Mute.h"
 #include "effects/level/SwapChannels.h"
 #include "effects/level/Volume.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace AF {
 

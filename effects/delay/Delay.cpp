@@ -300,10 +300,4 @@ template class DelayChannels<AudioDelay, 2>;
 template class DelayChannels<AudioDelay, 6>;
 template class DelayChannels<AudioDelay, 16>;
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioDelay1::AudioDelay1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay1::~AudioDelay1() = default;
-AudioDelay2::AudioDelay2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay2::~AudioDelay2() = default;
-AudioDelay6::AudioDelay6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay6::~AudioDelay6() = default;
-AudioDelay16::AudioDelay16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay16::~AudioDelay16() = default;
-
 }  // namespace AF

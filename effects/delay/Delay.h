@@ -20,7 +20,6 @@
 #include "Export.h"
 #include "effects/delay/DelayChannels.h"
 #include "effects/delay/DelayLine.h"
-#include "effects/family/ChannelVariant.h"
 #include "effects/family/ParameterFamily.h"
 
 namespace AF {
@@ -62,16 +61,5 @@ private:
     float dryGain_ = 0.0f;
     std::atomic<float> mix_{0.5f};  // wet proportion
 };
-
-// The variants the host knows; their process calls are instantiated with the loop.
-extern template class DelayChannels<AudioDelay, 1>;
-extern template class DelayChannels<AudioDelay, 2>;
-extern template class DelayChannels<AudioDelay, 6>;
-extern template class DelayChannels<AudioDelay, 16>;
-
-class AF_EXPORT AudioDelay1 final : public ChannelVariant<DelayChannels<AudioDelay, 1>, 1, "ADl1"> { public: explicit AudioDelay1(audioMasterCallback audioMaster); ~AudioDelay1() override; };
-class AF_EXPORT AudioDelay2 final : public ChannelVariant<DelayChannels<AudioDelay, 2>, 2, "ADl2"> { public: explicit AudioDelay2(audioMasterCallback audioMaster); ~AudioDelay2() override; };
-class AF_EXPORT AudioDelay6 final : public ChannelVariant<DelayChannels<AudioDelay, 6>, 6, "ADl6"> { public: explicit AudioDelay6(audioMasterCallback audioMaster); ~AudioDelay6() override; };
-class AF_EXPORT AudioDelay16 final : public ChannelVariant<DelayChannels<AudioDelay, 16>, 16, "AD16"> { public: explicit AudioDelay16(audioMasterCallback audioMaster); ~AudioDelay16() override; };
 
 }  // namespace AF

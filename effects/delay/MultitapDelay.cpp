@@ -399,10 +399,4 @@ template class DelayChannels<AudioMultitapDelay, 2>;
 template class DelayChannels<AudioMultitapDelay, 6>;
 template class DelayChannels<AudioMultitapDelay, 16>;
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioMultitapDelay1::AudioMultitapDelay1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay1::~AudioMultitapDelay1() = default;
-AudioMultitapDelay2::AudioMultitapDelay2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay2::~AudioMultitapDelay2() = default;
-AudioMultitapDelay6::AudioMultitapDelay6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay6::~AudioMultitapDelay6() = default;
-AudioMultitapDelay16::AudioMultitapDelay16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay16::~AudioMultitapDelay16() = default;
-
 }  // namespace AF

@@ -24,7 +24,6 @@
 #include "Export.h"
 #include "effects/delay/DelayChannels.h"
 #include "effects/delay/DelayLine.h"
-#include "effects/family/ChannelVariant.h"
 #include "effects/family/ParameterFamily.h"
 
 namespace AF {
@@ -78,14 +77,5 @@ private:
 
 // The variants the host knows; their process calls are instantiated with the
 // loop. They carry the single-tap delay's ids; the duplication is by design.
-extern template class DelayChannels<AudioMultitapDelay, 1>;
-extern template class DelayChannels<AudioMultitapDelay, 2>;
-extern template class DelayChannels<AudioMultitapDelay, 6>;
-extern template class DelayChannels<AudioMultitapDelay, 16>;
-
-class AF_EXPORT AudioMultitapDelay1 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 1>, 1, "ADl1"> { public: explicit AudioMultitapDelay1(audioMasterCallback audioMaster); ~AudioMultitapDelay1() override; };
-class AF_EXPORT AudioMultitapDelay2 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 2>, 2, "ADl2"> { public: explicit AudioMultitapDelay2(audioMasterCallback audioMaster); ~AudioMultitapDelay2() override; };
-class AF_EXPORT AudioMultitapDelay6 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 6>, 6, "ADl6"> { public: explicit AudioMultitapDelay6(audioMasterCallback audioMaster); ~AudioMultitapDelay6() override; };
-class AF_EXPORT AudioMultitapDelay16 final : public ChannelVariant<DelayChannels<AudioMultitapDelay, 16>, 16, "AD16"> { public: explicit AudioMultitapDelay16(audioMasterCallback audioMaster); ~AudioMultitapDelay16() override; };
 
 }  // namespace AF

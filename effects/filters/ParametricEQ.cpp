@@ -105,17 +105,4 @@ float AudioParametricEQ::shownValue(unsigned index, float value) const {
     return toFloat(kWidthSpan * (width * width) + kWidthFloor);
 }
 
-template class EqChannels<AudioParametricEQ, 1>;
-template class EqChannels<AudioParametricEQ, 2>;
-template class EqChannels<AudioParametricEQ, 4>;
-template class EqChannels<AudioParametricEQ, 6>;
-template class EqChannels<AudioParametricEQ, 16>;
-
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioParametricEQ1::AudioParametricEQ1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ1::~AudioParametricEQ1() = default;
-AudioParametricEQ2::AudioParametricEQ2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ2::~AudioParametricEQ2() = default;
-AudioParametricEQ4::AudioParametricEQ4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ4::~AudioParametricEQ4() = default;
-AudioParametricEQ6::AudioParametricEQ6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ6::~AudioParametricEQ6() = default;
-AudioParametricEQ16::AudioParametricEQ16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ16::~AudioParametricEQ16() = default;
-
 }  // namespace AF

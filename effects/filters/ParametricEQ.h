@@ -4,8 +4,7 @@
 // recomputed at the start of a buffer when a parameter moved; there is no ramp.
 #include <array>
 
-#include "effects/family/ChannelVariant.h"
-#include "effects/filters/EqSection.h"
+#include "effects/filters/EqChannels.h"
 #include "effects/filters/FilterFamily.h"
 #include "frame/Numeric.h"
 
@@ -43,29 +42,13 @@ struct PeakingSection {
     }
 };
 
-// One output sample. The input is read again after y is formed, before the
-// caller writes the output, so the same array may be input and output.
-inline float peakingKernel(const PeakingDesign& design, EqHistory& history, const float& input) noexcept {
-    const double c[PeakingSection::kCoefficients] = {design.c0, design.c1, design.c2, design.c3};
-    const double x = input;
-    const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
-    double sum;
-    PeakingSection::sum(sum, c, x, x1, x2, y1, y2);
-    const float y = toFloat(sum + kEqAntiDenormal);
-    history.y2 = history.y1;
-    history.y1 = y;
-    history.x2 = history.x1;
-    history.x1 = input;
-    return y;
-}
-
 // The family: centre, width and boost and the lazy design. The channel
-// variants (EqChannels in EqSection.h) add the processing calls.
+// variants (EqChannels.h) add the processing calls.
 class AF_EXPORT AudioParametricEQ : public FilterFamily<PeakingDesign, 3> {
 public:
     using Section = PeakingSection;
     static float step(const PeakingDesign& design, EqHistory& memory, const float& input) noexcept {
-        return peakingKernel(design, memory, input);
+        return stepEqSection<Section>(Section::coefficientArray(design), memory, input);
     }
 
     AudioParametricEQ(unsigned channels, audioMasterCallback audioMaster);
@@ -77,19 +60,5 @@ protected:
     // host-facing conversion, which is linear.
     float shownValue(unsigned index, float value) const override;
 };
-
-// The variants' shared members are instantiated in the family's source file.
-extern template class EqChannels<AudioParametricEQ, 1>;
-extern template class EqChannels<AudioParametricEQ, 2>;
-extern template class EqChannels<AudioParametricEQ, 4>;
-extern template class EqChannels<AudioParametricEQ, 6>;
-extern template class EqChannels<AudioParametricEQ, 16>;
-
-class AF_EXPORT AudioParametricEQ1 final : public ChannelVariant<EqChannels<AudioParametricEQ, 1>, 1, "AFl1"> { public: explicit AudioParametricEQ1(audioMasterCallback audioMaster); ~AudioParametricEQ1() override; };
-class AF_EXPORT AudioParametricEQ2 final : public ChannelVariant<EqChannels<AudioParametricEQ, 2>, 2, "AFl2"> { public: explicit AudioParametricEQ2(audioMasterCallback audioMaster); ~AudioParametricEQ2() override; };
-// Built and exported, never registered.
-class AF_EXPORT AudioParametricEQ4 final : public ChannelVariant<EqChannels<AudioParametricEQ, 4>, 4, "AFl4"> { public: explicit AudioParametricEQ4(audioMasterCallback audioMaster); ~AudioParametricEQ4() override; };
-class AF_EXPORT AudioParametricEQ6 final : public ChannelVariant<EqChannels<AudioParametricEQ, 6>, 6, "AFl6"> { public: explicit AudioParametricEQ6(audioMasterCallback audioMaster); ~AudioParametricEQ6() override; };
-class AF_EXPORT AudioParametricEQ16 final : public ChannelVariant<EqChannels<AudioParametricEQ, 16>, 16, "AF16"> { public: explicit AudioParametricEQ16(audioMasterCallback audioMaster); ~AudioParametricEQ16() override; };
 
 }  // namespace AF

@@ -12,6 +12,15 @@ namespace {
 constexpr double kDecibelsToExponent = 0.025;  // 10^(dB / 40): the shelf's amplitude factor
 constexpr float kStale = -1.0f;
 
+// Bass: w = pi 400 / fs puts the corner at 200 Hz; the slope term uses C = 1.5.
+constexpr ShelfShape kBassShape{
+    400.0, 1.5, ShelfKind::low, {boostScale::parameter("$$$/Korvex/AudioFilters/Boost=Boost")}};
+
+// Treble: w = pi 8000 / fs puts the corner at 4000 Hz; the slope term uses C = 5.
+// The parameter's name key (blanks around the word included) is its own, not Bass's.
+constexpr ShelfShape kTrebleShape{
+    8000.0, 5.0, ShelfKind::high, {boostScale::parameter("$$$/Korvex/AudioFilters/Boost2= Boost ")}};
+
 }  // namespace
 
 ShelfAngle shelfAngle(const ShelfShape& shape, float sampleRate) noexcept {
@@ -62,5 +71,10 @@ AudioShelf::~AudioShelf() = default;
 ShelfDesign AudioShelf::designFor(const Values& parameters) noexcept {
     return designShelf(shape_, getSampleRate(), parameters[0]);
 }
+
+AudioBass::AudioBass(unsigned channels, audioMasterCallback audioMaster) : AudioShelf(channels, audioMaster, kBassShape) {}
+AudioBass::~AudioBass() = default;
+AudioTreble::AudioTreble(unsigned channels, audioMasterCallback audioMaster) : AudioShelf(channels, audioMaster, kTrebleShape) {}
+AudioTreble::~AudioTreble() = default;
 
 }  // namespace AF

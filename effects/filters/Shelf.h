@@ -1,10 +1,12 @@
 #pragma once
 // The one-knob shelving tone control behind Bass and Treble: a second-order
 // shelf per channel with a fixed corner and a boost or cut of up to 24 dB.
-// The two families are the same code with their own constants and texts.
+// The two families are the same code with their own constants and texts:
+//   Bass    a low shelf with its corner fixed at 200 Hz
+//   Treble  a high shelf with its corner fixed at 4000 Hz
 #include <array>
 
-#include "effects/filters/EqSection.h"
+#include "effects/filters/EqChannels.h"
 #include "effects/filters/FilterFamily.h"
 #include "frame/Numeric.h"
 
@@ -59,29 +61,13 @@ struct ShelfSection {
     }
 };
 
-// One output sample. The input is read again after y is formed, before the
-// caller writes the output, so the same array may be input and output.
-inline float shelfKernel(const ShelfDesign& design, EqHistory& history, const float& input) noexcept {
-    const double c[ShelfSection::kCoefficients] = {design.c0, design.c1, design.c2, design.c3, design.c4};
-    const double x = input;
-    const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
-    double sum;
-    ShelfSection::sum(sum, c, x, x1, x2, y1, y2);
-    const float y = toFloat(sum + kEqAntiDenormal);
-    history.y2 = history.y1;
-    history.y1 = y;
-    history.x2 = history.x1;
-    history.x1 = input;
-    return y;
-}
-
 // The family behind Bass and Treble: the boost and the lazy design. The
-// channel variants (EqChannels in EqSection.h) add the processing calls.
+// channel variants (EqChannels.h) add the processing calls.
 class AF_EXPORT AudioShelf : public FilterFamily<ShelfDesign, 1> {
 public:
     using Section = ShelfSection;
     static float step(const ShelfDesign& design, EqHistory& memory, const float& input) noexcept {
-        return shelfKernel(design, memory, input);
+        return stepEqSection<Section>(Section::coefficientArray(design), memory, input);
     }
 
     AudioShelf(unsigned channels, audioMasterCallback audioMaster, const ShelfShape& shape);
@@ -94,5 +80,8 @@ protected:
 private:
     const ShelfShape& shape_;
 };
+
+class AF_EXPORT AudioBass : public AudioShelf { public: AudioBass(unsigned channels, audioMasterCallback audioMaster); ~AudioBass() override; };
+class AF_EXPORT AudioTreble : public AudioShelf { public: AudioTreble(unsigned channels, audioMasterCallback audioMaster); ~AudioTreble() override; };
 
 }  // namespace AF

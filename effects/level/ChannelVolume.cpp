@@ -150,9 +150,4 @@ const Parameter* AudioChannelEnvelope::parameterAt(unsigned index) const noexcep
 
 bool AudioChannelEnvelope::HasHistory() { return false; }
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioChannelEnvelope2::AudioChannelEnvelope2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope2::~AudioChannelEnvelope2() = default;
-AudioChannelEnvelope6::AudioChannelEnvelope6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope6::~AudioChannelEnvelope6() = default;
-AudioChannelEnvelope16::AudioChannelEnvelope16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope16::~AudioChannelEnvelope16() = default;
-
 }  // namespace AF

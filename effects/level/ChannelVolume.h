@@ -7,7 +7,6 @@
 
 #include "AR/AudioBuffer.h"
 #include "Export.h"
-#include "effects/family/ChannelVariant.h"
 #include "effects/family/ParameterFamily.h"
 
 namespace AF {
@@ -46,9 +45,5 @@ private:
     AR::AudioBufferChannel outputChannel;
     bool allUnity;
 };
-
-class AF_EXPORT AudioChannelEnvelope2 final : public ChannelVariant<AudioChannelEnvelope, 2, "AEn2"> { public: explicit AudioChannelEnvelope2(audioMasterCallback audioMaster); ~AudioChannelEnvelope2() override; };
-class AF_EXPORT AudioChannelEnvelope6 final : public ChannelVariant<AudioChannelEnvelope, 6, "AEn6"> { public: explicit AudioChannelEnvelope6(audioMasterCallback audioMaster); ~AudioChannelEnvelope6() override; };
-class AF_EXPORT AudioChannelEnvelope16 final : public ChannelVariant<AudioChannelEnvelope, 16, "AE16"> { public: explicit AudioChannelEnvelope16(audioMasterCallback audioMaster); ~AudioChannelEnvelope16() override; };
 
 }  // namespace AF

@@ -47,8 +47,4 @@ bool FillChannel<From, To>::HasHistory() {
 template class FillChannel<kLeft, kRight>;
 template class FillChannel<kRight, kLeft>;
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioFillLeft::AudioFillLeft(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioFillLeft::~AudioFillLeft() = default;
-AudioFillRight::AudioFillRight(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioFillRight::~AudioFillRight() = default;
-
 }  // namespace AF

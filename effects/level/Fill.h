@@ -4,7 +4,6 @@
 // already carry it. Parameterless, stereo only.
 #include "AudioEffectX.h"
 #include "Export.h"
-#include "effects/family/ChannelVariant.h"
 
 namespace AF {
 
@@ -20,9 +19,5 @@ public:
     // The effect has no memory between buffers.
     virtual bool HasHistory();
 };
-
-// Left input copied into the right output, and the other way round.
-class AF_EXPORT AudioFillLeft final : public ChannelVariant<FillChannel<0, 1>, 2, "AFlL"> { public: explicit AudioFillLeft(audioMasterCallback audioMaster); ~AudioFillLeft() override; };
-class AF_EXPORT AudioFillRight final : public ChannelVariant<FillChannel<1, 0>, 2, "AFlR"> { public: explicit AudioFillRight(audioMasterCallback audioMaster); ~AudioFillRight() override; };
 
 }  // namespace AF

@@ -63,11 +63,4 @@ template class InvertChannels<4>;
 template class InvertChannels<6>;
 template class InvertChannels<16>;
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioInvert1::AudioInvert1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert1::~AudioInvert1() = default;
-AudioInvert2::AudioInvert2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert2::~AudioInvert2() = default;
-AudioInvert4::AudioInvert4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert4::~AudioInvert4() = default;
-AudioInvert6::AudioInvert6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert6::~AudioInvert6() = default;
-AudioInvert16::AudioInvert16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert16::~AudioInvert16() = default;
-
 }  // namespace AF

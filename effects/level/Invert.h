@@ -3,7 +3,6 @@
 // The four-channel class is built but no host identifier creates it.
 #include "AudioEffectX.h"
 #include "Export.h"
-#include "effects/family/ChannelVariant.h"
 
 namespace AF {
 
@@ -19,11 +18,5 @@ public:
     // The effect has no memory between buffers.
     virtual bool HasHistory();
 };
-
-class AF_EXPORT AudioInvert1 final : public ChannelVariant<InvertChannels<1>, 1, "AIn1"> { public: explicit AudioInvert1(audioMasterCallback audioMaster); ~AudioInvert1() override; };
-class AF_EXPORT AudioInvert2 final : public ChannelVariant<InvertChannels<2>, 2, "AIn2"> { public: explicit AudioInvert2(audioMasterCallback audioMaster); ~AudioInvert2() override; };
-class AF_EXPORT AudioInvert4 final : public ChannelVariant<InvertChannels<4>, 4, "AIn4"> { public: explicit AudioInvert4(audioMasterCallback audioMaster); ~AudioInvert4() override; };
-class AF_EXPORT AudioInvert6 final : public ChannelVariant<InvertChannels<6>, 6, "AIn6"> { public: explicit AudioInvert6(audioMasterCallback audioMaster); ~AudioInvert6() override; };
-class AF_EXPORT AudioInvert16 final : public ChannelVariant<InvertChannels<16>, 16, "AI16"> { public: explicit AudioInvert16(audioMasterCallback audioMaster); ~AudioInvert16() override; };
 
 }  // namespace AF

@@ -136,10 +136,4 @@ float AudioMute::ConvertParameterValueToDisplay(unsigned index, float parameterV
 
 bool AudioMute::HasHistory() { return false; }
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioMute1::AudioMute1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute1::~AudioMute1() = default;
-AudioMute2::AudioMute2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute2::~AudioMute2() = default;
-AudioMute6::AudioMute6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute6::~AudioMute6() = default;
-AudioMute16::AudioMute16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute16::~AudioMute16() = default;
-
 }  // namespace AF

@@ -7,7 +7,6 @@
 #include <cstdint>
 
 #include "Export.h"
-#include "effects/family/ChannelVariant.h"
 #include "effects/family/ParameterFamily.h"
 
 namespace AF {
@@ -44,10 +43,5 @@ private:
     std::atomic<float>* muted;
     std::uint32_t parameterCount;
 };
-
-class AF_EXPORT AudioMute1 final : public ChannelVariant<AudioMute, 1, "AMn1"> { public: explicit AudioMute1(audioMasterCallback audioMaster); ~AudioMute1() override; };
-class AF_EXPORT AudioMute2 final : public ChannelVariant<AudioMute, 2, "AMn2"> { public: explicit AudioMute2(audioMasterCallback audioMaster); ~AudioMute2() override; };
-class AF_EXPORT AudioMute6 final : public ChannelVariant<AudioMute, 6, "AMn6"> { public: explicit AudioMute6(audioMasterCallback audioMaster); ~AudioMute6() override; };
-class AF_EXPORT AudioMute16 final : public ChannelVariant<AudioMute, 16, "AM16"> { public: explicit AudioMute16(audioMasterCallback audioMaster); ~AudioMute16() override; };
 
 }  // namespace AF

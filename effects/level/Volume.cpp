@@ -81,10 +81,4 @@ void AudioEnvelope::getParameterDisplay(VstInt32 index, char* text) {
 
 bool AudioEnvelope::HasHistory() { return false; }
 
-// Each variant defines its constructor and destructor here, so the module exports them under its own name.
-AudioEnvelope1::AudioEnvelope1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope1::~AudioEnvelope1() = default;
-AudioEnvelope2::AudioEnvelope2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope2::~AudioEnvelope2() = default;
-AudioEnvelope6::AudioEnvelope6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope6::~AudioEnvelope6() = default;
-AudioEnvelope16::AudioEnvelope16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope16::~AudioEnvelope16() = default;
-
 }  // namespace AF

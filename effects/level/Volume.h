@@ -6,7 +6,6 @@
 
 #include "AR/AudioBuffer.h"
 #include "Export.h"
-#include "effects/family/ChannelVariant.h"
 #include "effects/family/ParameterFamily.h"
 
 namespace AF {
@@ -34,11 +33,6 @@ protected:
     bool unity;                     // currentGain is exactly 1: processing is skipped
     unsigned channelCount;
 };
-
-class AF_EXPORT AudioEnvelope1 final : public ChannelVariant<AudioEnvelope, 1, "AEn1"> { public: explicit AudioEnvelope1(audioMasterCallback audioMaster); ~AudioEnvelope1() override; };
-class AF_EXPORT AudioEnvelope2 final : public ChannelVariant<AudioEnvelope, 2, "AEn2"> { public: explicit AudioEnvelope2(audioMasterCallback audioMaster); ~AudioEnvelope2() override; };
-class AF_EXPORT AudioEnvelope6 final : public ChannelVariant<AudioEnvelope, 6, "AEn6"> { public: explicit AudioEnvelope6(audioMasterCallback audioMaster); ~AudioEnvelope6() override; };
-class AF_EXPORT AudioEnvelope16 final : public ChannelVariant<AudioEnvelope, 16, "AE16"> { public: explicit AudioEnvelope16(audioMasterCallback audioMaster); ~AudioEnvelope16() override; };
 
 // Multiplies `frames` samples in place by `gain`; four at a time, then the rest.
 // Each sample gets exactly the float product samples[i] * gain.

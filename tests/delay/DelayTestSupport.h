@@ -12,6 +12,7 @@
 
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
+#include "effects/variants/NamedVariants.h"
 #include "tests/delay/DelayReference.h"
 
 namespace delay_test {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Opcodes.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 #include "tests/delay/DelayTestSupport.h"
 

@@ -14,10 +14,8 @@
 
 #include "CutFilterReference.h"
 #include "Opcodes.h"
-#include "effects/filters/Bandpass.h"
-#include "effects/filters/Bandreject.h"
-#include "effects/filters/Highpass.h"
-#include "effects/filters/Lowpass.h"
+#include "effects/filters/CutFilters.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/Bits.h"
 
 namespace cuttest {

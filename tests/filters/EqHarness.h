@@ -12,9 +12,9 @@
 
 #include "EqReference.h"
 #include "Opcodes.h"
-#include "effects/filters/Bass.h"
 #include "effects/filters/ParametricEQ.h"
-#include "effects/filters/Treble.h"
+#include "effects/filters/Shelf.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace eqtest {
 

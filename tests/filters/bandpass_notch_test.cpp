@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "CutFilterHarness.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

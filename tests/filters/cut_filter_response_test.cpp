@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "CutFilterHarness.h"
+#include "effects/variants/NamedVariants.h"
 
 namespace {
 

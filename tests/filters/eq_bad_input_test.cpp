@@ -9,6 +9,7 @@
 #include <typeinfo>
 
 #include "EqHarness.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

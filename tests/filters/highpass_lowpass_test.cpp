@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "CutFilterHarness.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

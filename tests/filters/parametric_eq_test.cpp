@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "EqResponse.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/Bits.h"
 
 namespace {

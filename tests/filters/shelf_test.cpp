@@ -9,6 +9,7 @@
 #include <numbers>
 
 #include "EqResponse.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/Bits.h"
 
 namespace {

@@ -9,12 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "AudioEffect.h"
+#include "Opcodes.h"
 #include "Ordo/ImmutableString.h"
 #include "Ordo/MakeStdString.h"
 #include "Ordo/Module.h"
-#include "effects/level/Invert.h"
-#include "effects/level/Volume.h"
-#include "module/Factory.h"
 #include "plinth/config/Localizer.h"
 #include "support/HostFixture.h"
 
@@ -229,39 +228,6 @@ TEST(Factory, InvertStereoHasNoPropertyInterface) {
     record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
 }
 
-// In process, through the factory linked into the test program: the class is
-// checked with dynamic_cast, the property interface is the effect's own.
-TEST(Factory, VolumeFiveOneIsAnEnvelope6WithItsPropertyInterface) {
-    ML::VSTPropertySupportMixin* properties = nullptr;
-    AudioEffect* effect = AF::CreateAudioFilter(intern("Internal Volume 5.1"), nullptr, &properties);
-    ASSERT_NE(effect, nullptr);
-    auto* envelope = dynamic_cast<AF::AudioEnvelope6*>(effect);
-    EXPECT_NE(envelope, nullptr);
-    EXPECT_EQ(properties, static_cast<ML::VSTPropertySupportMixin*>(envelope));
-    AEffect* record = effect->getAeffect();
-    record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f);
-}
-
-TEST(Factory, InProcessEachVolumeIdentifierMakesItsClass) {
-    struct Case {
-        const char* identifier;
-        bool (*isRightClass)(AudioEffect*);
-    };
-    const Case cases[] = {
-        {"Internal Volume Mono", [](AudioEffect* e) { return dynamic_cast<AF::AudioEnvelope1*>(e) != nullptr; }},
-        {"Internal Volume Stereo", [](AudioEffect* e) { return dynamic_cast<AF::AudioEnvelope2*>(e) != nullptr; }},
-        {"Internal Volume 5.1", [](AudioEffect* e) { return dynamic_cast<AF::AudioEnvelope6*>(e) != nullptr; }},
-        {"Internal Volume 16 Channel",
-         [](AudioEffect* e) { return dynamic_cast<AF::AudioEnvelope16*>(e) != nullptr; }},
-    };
-    for (const Case& c : cases) {
-        AudioEffect* effect = AF::CreateAudioFilter(intern(c.identifier), nullptr, nullptr);
-        ASSERT_NE(effect, nullptr) << c.identifier;
-        EXPECT_TRUE(c.isRightClass(effect)) << c.identifier;
-        delete effect;
-    }
-}
-
 // The load hooks: a second copy of the module, loaded under another path, is
 // a separate module to the loader. Loading it creates one more module handle;
 // unloading it releases that handle again.
@@ -284,15 +250,3 @@ TEST(ModuleHooks, LoadCreatesAndUnloadReleasesTheModuleHandle) {
 }
 
 }  // namespace
-
-// In process: the stereo Invert identifier makes the class AF::AudioInvert2,
-// which has no property interface.
-TEST(Factory, InvertStereoIsAnInvert2) {
-    auto* sentinel = reinterpret_cast<ML::VSTPropertySupportMixin*>(std::uintptr_t{0x10});
-    ML::VSTPropertySupportMixin* properties = sentinel;
-    AudioEffect* effect = AF::CreateAudioFilter(intern("Internal Invert Stereo"), nullptr, &properties);
-    ASSERT_NE(effect, nullptr);
-    EXPECT_NE(dynamic_cast<AF::AudioInvert2*>(effect), nullptr);
-    EXPECT_EQ(properties, nullptr);
-    delete effect;
-}

@@ -9,6 +9,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/ChannelVolume.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

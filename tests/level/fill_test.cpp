@@ -4,6 +4,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Fill.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

@@ -11,6 +11,7 @@
 #include "effects/level/Invert.h"
 #include "effects/level/Mute.h"
 #include "effects/level/SwapChannels.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/Factory.h"
 
 namespace {

@@ -6,6 +6,7 @@
 
 #include "LevelTestSupport.h"
 #include "effects/level/Mute.h"
+#include "effects/variants/NamedVariants.h"
 #include "module/VariantTable.h"
 
 namespace {

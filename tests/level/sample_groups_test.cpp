@@ -23,8 +23,9 @@
 #include "effects/level/Invert.h"
 #include "effects/level/SwapChannels.h"
 #include "effects/level/Volume.h"
-#include "support/VectorPaths.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/Bits.h"
+#include "support/VectorPaths.h"
 
 namespace {
 

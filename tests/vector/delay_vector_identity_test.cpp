@@ -19,9 +19,10 @@
 #include <string>
 #include <vector>
 
+#include "dsp/simd/VectorPath.h"
 #include "effects/delay/Delay.h"
 #include "effects/delay/MultitapDelay.h"
-#include "dsp/simd/VectorPath.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/VectorPaths.h"
 
 namespace {

@@ -17,17 +17,14 @@
 #include <string>
 #include <vector>
 
-#include "effects/filters/Bandpass.h"
-#include "effects/filters/Bandreject.h"
-#include "effects/filters/Bass.h"
-#include "effects/filters/Highpass.h"
-#include "effects/filters/Lowpass.h"
-#include "effects/filters/ParametricEQ.h"
-#include "effects/filters/Treble.h"
 #include "dsp/simd/VectorPath.h"
-#include "support/VectorPaths.h"
+#include "effects/filters/CutFilters.h"
+#include "effects/filters/ParametricEQ.h"
+#include "effects/filters/Shelf.h"
 #include "effects/level/Invert.h"
 #include "effects/level/Volume.h"
+#include "effects/variants/NamedVariants.h"
+#include "support/VectorPaths.h"
 
 namespace {
 

@@ -1,17 +1,16 @@
 #pragma once
-// What the three equaliser families (Parametric EQ, Bass, Treble) share: the
-// four floats of memory a second-order section keeps per channel, the block
-// loop that visits the channels in the family's order, and the processing calls.
+// One second-order equaliser section (peaking or shelf) per channel: the four
+// floats of memory it keeps, its one-sample step, and the loop that runs
+// several channels per instruction. The section itself comes from the caller:
+// `Section::sum` (its sum in its one order of evaluation, for a double or for
+// lanes of doubles), `Section::kCoefficients` and `Section::coefficientArray`.
 //
 //   x ──┬──────────────► [kernel] ──┬──► y
 //       └─► x1 ─► x2                └─► y1 ─► y2
 #include <array>
+#include <cstdint>
 
-#include "AR/AudioBuffer.h"
-#include "AudioEffectX.h"
-#include "effects/filters/ChannelOrder.h"
 #include "dsp/simd/Lanes.h"
-#include "dsp/simd/VectorPath.h"
 #include "frame/Numeric.h"
 
 namespace AF {
@@ -33,6 +32,26 @@ inline constexpr int kEqHistoryLength = 4;
 
 // Whether a call overwrites the output (processReplacing) or adds to it (process).
 enum class EqMode { replace, accumulate };
+
+// One output sample of one channel, with the section's coefficients as
+// floats. The input is read again after y is formed, before the caller writes
+// the output, so the same array may be input and output.
+template <class Section>
+inline float stepEqSection(const std::array<float, Section::kCoefficients>& coefficients, EqHistory& history,
+                           const float& input) noexcept {
+    double c[Section::kCoefficients];
+    for (unsigned i = 0; i < Section::kCoefficients; ++i) c[i] = coefficients[i];
+    const double x = input;
+    const double x1 = history.x1, x2 = history.x2, y1 = history.y1, y2 = history.y2;
+    double sum;
+    Section::sum(sum, c, x, x1, x2, y1, y2);
+    const float y = toFloat(sum + kEqAntiDenormal);
+    history.y2 = history.y1;
+    history.y1 = y;
+    history.x2 = history.x1;
+    history.x1 = input;
+    return y;
+}
 
 // Several channels per instruction. A lane holds one channel; the doubles
 // hold exactly the floats the plain loop converts (float to double is exact),
@@ -87,7 +106,7 @@ struct EqLaneGroup {
     }
     template <EqMode Mode>
     [[gnu::always_inline]] inline void step(const D* c, float* const* inputs, float* const* outputs,
-                                            VstInt32 frame) {
+                                            std::int32_t frame) {
         F input;
         for (unsigned lane = 0; lane < Width; ++lane) input[lane] = inputs[lane][frame];
         const F y = advance(c, input);
@@ -105,7 +124,7 @@ struct EqLaneGroup {
 // same array in and out for a channel) reads exactly what the plain loop reads.
 template <unsigned Groups, EqMode Mode, class Group>
 [[gnu::always_inline]] inline void stepFourFrames(Group* groups, const typename Group::D* c, float* const* inputs,
-                                                  float* const* outputs, VstInt32 frame) {
+                                                  float* const* outputs, std::int32_t frame) {
     LanesF4 rows[Groups][4];
     for (unsigned g = 0; g < Groups; ++g) {
         for (unsigned lane = 0; lane < 4; ++lane) rows[g][lane] = loadFour(inputs[g * 4 + lane] + frame);
@@ -131,7 +150,7 @@ template <unsigned Groups, EqMode Mode, class Group>
 // independent recursions overlap in the pipeline.
 template <unsigned Channels, unsigned Width, EqMode Mode, class Section>
 [[gnu::always_inline]] inline void runEqLanes(std::array<EqHistory, Channels>& history, float** inputs,
-                                              float** outputs, VstInt32 frames, const float* coefficients) {
+                                              float** outputs, std::int32_t frames, const float* coefficients) {
     constexpr unsigned kGroups = Channels / Width;
     constexpr bool kPair = Channels % Width == 2;
     static_assert(Channels % Width == 0 || kPair, "channel count not covered by the lanes");
@@ -147,7 +166,7 @@ template <unsigned Channels, unsigned Width, EqMode Mode, class Section>
     Pair pair[1];
     for (unsigned g = 0; g < kGroups; ++g) wide[g].load(&history[g * Width]);
     if constexpr (kPair) pair[0].load(&history[kGroups * Width]);
-    VstInt32 frame = 0;
+    std::int32_t frame = 0;
     // (Measured: with a pair left over, as for six channels, the frame-by-frame
     // gather below is faster, since the pair's chain cannot hide behind the
     // four-frame blocks.)
@@ -155,7 +174,7 @@ template <unsigned Channels, unsigned Width, EqMode Mode, class Section>
         for (; frames - frame >= 4; frame += 4) {
             stepFourFrames<kGroups, Mode>(wide, wideC, inputs, outputs, frame);
             if constexpr (kPair)
-                for (VstInt32 k = 0; k < 4; ++k)
+                for (std::int32_t k = 0; k < 4; ++k)
                     pair[0].template step<Mode>(pairC, inputs + kGroups * Width, outputs + kGroups * Width,
                                                 frame + k);
         }
@@ -171,7 +190,7 @@ template <unsigned Channels, unsigned Width, EqMode Mode, class Section>
 }
 
 template <unsigned Channels, EqMode Mode, class Section>
-void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, float** outputs, VstInt32 frames,
+void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, float** outputs, std::int32_t frames,
                     const float* coefficients) {
     runEqLanes<Channels, 2, Mode, Section>(history, inputs, outputs, frames, coefficients);
 }
@@ -179,103 +198,8 @@ void runEqLanesSse2(std::array<EqHistory, Channels>& history, float** inputs, fl
 // Compiled for AVX2 on its own; called only where the processor has it.
 template <unsigned Channels, EqMode Mode, class Section>
 AF_TARGET("avx2") void runEqLanesAvx2(std::array<EqHistory, Channels>& history, float** inputs,
-                                                    float** outputs, VstInt32 frames, const float* coefficients) {
+                                                    float** outputs, std::int32_t frames, const float* coefficients) {
     runEqLanes<Channels, 4, Mode, Section>(history, inputs, outputs, frames, coefficients);
-}
-
-// One call of an equaliser: `refresh()` brings the coefficients up to date (once,
-// or before each channel's pass for sixteen channels), `kernel(history, input)`
-// returns one output sample and moves that channel's memory on by one frame.
-// The memory is copied out of the host buffer for the call and back at its end.
-// From four channels on, the channels run several per instruction where the
-// processor allows; `Section` gives the section's sum for lanes of doubles and
-// `design()` the coefficients it runs on after the refresh.
-template <unsigned Channels, EqMode Mode, class Section, class Refresh, class Kernel, class Design>
-void runEqBlock(AR::AudioBuffer& memory, float** inputs, float** outputs, VstInt32 frames, Refresh&& refresh,
-                Kernel&& kernel, Design&& design) {
-    bool usable = inputs != nullptr && outputs != nullptr && memory.GetChannelCount() >= static_cast<int>(Channels);
-    for (unsigned channel = 0; usable && channel < Channels; ++channel)
-        usable = inputs[channel] != nullptr && outputs[channel] != nullptr;
-    if (!usable) frames = 0;  // still refreshes, touches no sample
-
-    std::array<EqHistory, Channels> history{};
-    for (unsigned channel = 0; usable && channel < Channels; ++channel) {
-        const float* stored = memory.GetChannel(static_cast<int>(channel));
-        history[channel] = EqHistory{stored[0], stored[1], stored[2], stored[3]};
-    }
-
-    // Two channels stay on the plain loop: their two chains already overlap
-    // there, and a pair of lanes only lengthens the chain by its conversions
-    // (measured slower).
-    const VectorPath path = Channels >= 4 ? vectorPath() : VectorPath::scalar;
-    if (path == VectorPath::scalar) {
-        forEachSampleInChannelOrder<Channels>(frames, refresh, [&](unsigned channel, VstInt32 frame) {
-            const float y = kernel(history[channel], inputs[channel][frame]);
-            float& out = outputs[channel][frame];
-            if constexpr (Mode == EqMode::accumulate) out = out + y;
-            else out = y;
-        });
-    } else if constexpr (Channels >= 4) {
-        // One refresh for all channels, also for sixteen, whose plain loop
-        // refreshes before each channel's pass: the two differ only when a host
-        // stores a parameter from another thread during the call, and either
-        // way the change reaches the next call.
-        refresh();
-        const auto coefficients = Section::coefficientArray(design());
-        if (path == VectorPath::avx2)
-            runEqLanesAvx2<Channels, Mode, Section>(history, inputs, outputs, frames, coefficients.data());
-        else
-            runEqLanesSse2<Channels, Mode, Section>(history, inputs, outputs, frames, coefficients.data());
-    }
-
-    for (unsigned channel = 0; usable && channel < Channels; ++channel) {
-        float* stored = memory.GetChannel(static_cast<int>(channel));
-        stored[0] = history[channel].x1;
-        stored[1] = history[channel].x2;
-        stored[2] = history[channel].y1;
-        stored[3] = history[channel].y2;
-    }
-}
-
-// An equaliser family for a fixed channel count: both processing calls run
-// the family's one loop (each named variant is this over its family, see
-// effects/family/ChannelVariant.h). The family brings its `Section`, its
-// one-sample `step` and its lazily refreshed design. The members are
-// instantiated once, in the family's source file, so the module exports them.
-template <class Family, unsigned Channels>
-class AF_EXPORT EqChannels : public Family {
-public:
-    EqChannels(unsigned channels, audioMasterCallback audioMaster) : Family(channels, audioMaster) {}
-    void process(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-
-private:
-    template <EqMode Mode>
-    void run(float** inputs, float** outputs, VstInt32 frames);
-};
-
-template <class Family, unsigned Channels>
-void EqChannels<Family, Channels>::process(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<EqMode::accumulate>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-void EqChannels<Family, Channels>::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) {
-    run<EqMode::replace>(inputs, outputs, sampleFrames);
-}
-
-template <class Family, unsigned Channels>
-template <EqMode Mode>
-void EqChannels<Family, Channels>::run(float** inputs, float** outputs, VstInt32 frames) {
-    auto design = this->currentDesign();
-    runEqBlock<Channels, Mode, typename Family::Section>(
-        this->history, inputs, outputs, frames,
-        [&] {
-            this->refreshDesign();
-            design = this->currentDesign();
-        },
-        [&](EqHistory& memory, const float& input) { return Family::step(design, memory, input); },
-        [&]() -> const decltype(design)& { return design; });
 }
 
 }  // namespace AF

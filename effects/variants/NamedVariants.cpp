@@ -1,0 +1,96 @@
+#include "effects/variants/NamedVariants.h"
+
+namespace AF {
+
+template class CutFilterChannels<AudioHighpass, 1>;
+template class CutFilterChannels<AudioHighpass, 2>;
+template class CutFilterChannels<AudioHighpass, 6>;
+template class CutFilterChannels<AudioHighpass, 16>;
+template class CutFilterChannels<AudioLowpass, 1>;
+template class CutFilterChannels<AudioLowpass, 2>;
+template class CutFilterChannels<AudioLowpass, 6>;
+template class CutFilterChannels<AudioLowpass, 16>;
+template class CutFilterChannels<AudioBandpass, 1>;
+template class CutFilterChannels<AudioBandpass, 2>;
+template class CutFilterChannels<AudioBandpass, 6>;
+template class CutFilterChannels<AudioBandpass, 16>;
+template class CutFilterChannels<AudioBandreject, 1>;
+template class CutFilterChannels<AudioBandreject, 2>;
+template class CutFilterChannels<AudioBandreject, 6>;
+template class CutFilterChannels<AudioBandreject, 16>;
+template class EqChannels<AudioBass, 1>;
+template class EqChannels<AudioBass, 2>;
+template class EqChannels<AudioBass, 4>;
+template class EqChannels<AudioBass, 6>;
+template class EqChannels<AudioBass, 16>;
+template class EqChannels<AudioTreble, 1>;
+template class EqChannels<AudioTreble, 2>;
+template class EqChannels<AudioTreble, 4>;
+template class EqChannels<AudioTreble, 6>;
+template class EqChannels<AudioTreble, 16>;
+template class EqChannels<AudioParametricEQ, 1>;
+template class EqChannels<AudioParametricEQ, 2>;
+template class EqChannels<AudioParametricEQ, 4>;
+template class EqChannels<AudioParametricEQ, 6>;
+template class EqChannels<AudioParametricEQ, 16>;
+
+// Each variant defines its constructor and destructor here, so the module exports them under its own name.
+AudioInvert1::AudioInvert1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert1::~AudioInvert1() = default;
+AudioInvert2::AudioInvert2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert2::~AudioInvert2() = default;
+AudioInvert4::AudioInvert4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert4::~AudioInvert4() = default;
+AudioInvert6::AudioInvert6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert6::~AudioInvert6() = default;
+AudioInvert16::AudioInvert16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioInvert16::~AudioInvert16() = default;
+AudioEnvelope1::AudioEnvelope1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope1::~AudioEnvelope1() = default;
+AudioEnvelope2::AudioEnvelope2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope2::~AudioEnvelope2() = default;
+AudioEnvelope6::AudioEnvelope6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope6::~AudioEnvelope6() = default;
+AudioEnvelope16::AudioEnvelope16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioEnvelope16::~AudioEnvelope16() = default;
+AudioMute1::AudioMute1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute1::~AudioMute1() = default;
+AudioMute2::AudioMute2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute2::~AudioMute2() = default;
+AudioMute6::AudioMute6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute6::~AudioMute6() = default;
+AudioMute16::AudioMute16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMute16::~AudioMute16() = default;
+AudioChannelEnvelope2::AudioChannelEnvelope2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope2::~AudioChannelEnvelope2() = default;
+AudioChannelEnvelope6::AudioChannelEnvelope6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope6::~AudioChannelEnvelope6() = default;
+AudioChannelEnvelope16::AudioChannelEnvelope16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioChannelEnvelope16::~AudioChannelEnvelope16() = default;
+AudioFillLeft::AudioFillLeft(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioFillLeft::~AudioFillLeft() = default;
+AudioFillRight::AudioFillRight(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioFillRight::~AudioFillRight() = default;
+AudioDelay1::AudioDelay1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay1::~AudioDelay1() = default;
+AudioDelay2::AudioDelay2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay2::~AudioDelay2() = default;
+AudioDelay6::AudioDelay6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay6::~AudioDelay6() = default;
+AudioDelay16::AudioDelay16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioDelay16::~AudioDelay16() = default;
+AudioMultitapDelay1::AudioMultitapDelay1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay1::~AudioMultitapDelay1() = default;
+AudioMultitapDelay2::AudioMultitapDelay2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay2::~AudioMultitapDelay2() = default;
+AudioMultitapDelay6::AudioMultitapDelay6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay6::~AudioMultitapDelay6() = default;
+AudioMultitapDelay16::AudioMultitapDelay16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioMultitapDelay16::~AudioMultitapDelay16() = default;
+AudioHighpass1::AudioHighpass1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioHighpass1::~AudioHighpass1() = default;
+AudioHighpass2::AudioHighpass2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioHighpass2::~AudioHighpass2() = default;
+AudioHighpass6::AudioHighpass6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioHighpass6::~AudioHighpass6() = default;
+AudioHighpass16::AudioHighpass16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioHighpass16::~AudioHighpass16() = default;
+AudioLowpass1::AudioLowpass1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioLowpass1::~AudioLowpass1() = default;
+AudioLowpass2::AudioLowpass2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioLowpass2::~AudioLowpass2() = default;
+AudioLowpass6::AudioLowpass6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioLowpass6::~AudioLowpass6() = default;
+AudioLowpass16::AudioLowpass16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioLowpass16::~AudioLowpass16() = default;
+AudioBandpass1::AudioBandpass1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandpass1::~AudioBandpass1() = default;
+AudioBandpass2::AudioBandpass2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandpass2::~AudioBandpass2() = default;
+AudioBandpass6::AudioBandpass6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandpass6::~AudioBandpass6() = default;
+AudioBandpass16::AudioBandpass16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandpass16::~AudioBandpass16() = default;
+AudioBandreject1::AudioBandreject1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandreject1::~AudioBandreject1() = default;
+AudioBandreject2::AudioBandreject2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandreject2::~AudioBandreject2() = default;
+AudioBandreject6::AudioBandreject6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandreject6::~AudioBandreject6() = default;
+AudioBandreject16::AudioBandreject16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBandreject16::~AudioBandreject16() = default;
+AudioBass1::AudioBass1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass1::~AudioBass1() = default;
+AudioBass2::AudioBass2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass2::~AudioBass2() = default;
+AudioBass4::AudioBass4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass4::~AudioBass4() = default;
+AudioBass6::AudioBass6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass6::~AudioBass6() = default;
+AudioBass16::AudioBass16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioBass16::~AudioBass16() = default;
+AudioTreble1::AudioTreble1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble1::~AudioTreble1() = default;
+AudioTreble2::AudioTreble2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble2::~AudioTreble2() = default;
+AudioTreble4::AudioTreble4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble4::~AudioTreble4() = default;
+AudioTreble6::AudioTreble6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble6::~AudioTreble6() = default;
+AudioTreble16::AudioTreble16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioTreble16::~AudioTreble16() = default;
+AudioParametricEQ1::AudioParametricEQ1(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ1::~AudioParametricEQ1() = default;
+AudioParametricEQ2::AudioParametricEQ2(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ2::~AudioParametricEQ2() = default;
+AudioParametricEQ4::AudioParametricEQ4(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ4::~AudioParametricEQ4() = default;
+AudioParametricEQ6::AudioParametricEQ6(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ6::~AudioParametricEQ6() = default;
+AudioParametricEQ16::AudioParametricEQ16(audioMasterCallback audioMaster) : ChannelVariant(audioMaster) {} AudioParametricEQ16::~AudioParametricEQ16() = default;
+
+}  // namespace AF
