@@ -17,9 +17,7 @@
 #include <vector>
 
 #include "dsp/simd/VectorPath.h"
-#include "effects/filters/Bandpass.h"
-#include "effects/filters/Highpass.h"
-#include "effects/filters/Lowpass.h"
+#include "effects/variants/NamedVariants.h"
 #include "support/VectorPaths.h"
 
 namespace {
