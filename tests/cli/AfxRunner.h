@@ -89,8 +89,22 @@ inline pid_t startAfx(const std::vector<std::string>& arguments, const std::stri
                                      0644);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (logs + ".err").c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                      0644);
+    // afx starts as from an interactive shell: no signal blocked, the stop
+    // signals at their defaults even where this test runs as a background job
+    // (whose shell leaves SIGINT and SIGQUIT ignored, and exec keeps that).
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t none;
+    sigset_t stopSignals;
+    sigemptyset(&none);
+    sigemptyset(&stopSignals);
+    for (int signalNumber : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) sigaddset(&stopSignals, signalNumber);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setsigdefault(&attributes, &stopSignals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     pid_t child = -1;
-    if (posix_spawn(&child, kAfx.c_str(), &actions, nullptr, argv.data(), environ) != 0) child = -1;
+    if (posix_spawn(&child, kAfx.c_str(), &actions, &attributes, argv.data(), environ) != 0) child = -1;
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return child;
 }
@@ -121,9 +135,9 @@ inline Outcome runAfx(const std::vector<std::string>& arguments) {
     return outcome;
 }
 
-// True once process `child` holds a file open in `folder` (named or not):
-// the render has begun writing there.
-inline bool holdsFileIn(pid_t child, const std::string& folder) {
+// Whether `child` has a file open in `folder` other than `except` (a name in
+// that folder; none when empty). An unnamed output shows as "#inode (deleted)".
+inline bool holdsFileIn(pid_t child, const std::string& folder, const std::string& except = "") {
     const std::string descriptors = "/proc/" + std::to_string(child) + "/fd";
     bool found = false;
     if (DIR* listing = ::opendir(descriptors.c_str())) {
@@ -131,8 +145,8 @@ inline bool holdsFileIn(pid_t child, const std::string& folder) {
             char target[4096] = {};
             const std::string link = descriptors + "/" + entry->d_name;
             const ssize_t length = ::readlink(link.c_str(), target, sizeof target - 1);
-            if (length > 0 && std::string(target, static_cast<std::size_t>(length)).rfind(folder + "/", 0) == 0)
-                found = true;
+            const std::string path(target, static_cast<std::size_t>(length > 0 ? length : 0));
+            if (path.rfind(folder + "/", 0) == 0 && (except.empty() || path != folder + "/" + except)) found = true;
         }
         ::closedir(listing);
     }

@@ -505,11 +505,12 @@ TEST(AfxRender, InterruptionLeavesNoPartialFile) {
                                                    "test slow mono", "--block", "64"}),
                                          logs);
             ASSERT_GT(child, 0);
-            // Wait until afx writes its output, so the signal lands mid-render.
+            // Wait until afx holds its output open (not merely the input), so
+            // the signal lands mid-render.
             bool rendering = false;
-            for (int tries = 0; tries < 200 && !rendering; ++tries) {
+            for (int tries = 0; tries < 500 && !rendering; ++tries) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
-                rendering = holdsFileIn(child, folder.path());
+                rendering = holdsFileIn(child, folder.path(), "in.wav");
             }
             EXPECT_TRUE(rendering);
             ::kill(child, signalNumber);
