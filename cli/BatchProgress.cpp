@@ -1,5 +1,7 @@
 #include "BatchProgress.h"
 
+#include "Progress.h"
+
 #include <cstdio>
 
 namespace afx {
@@ -54,12 +56,7 @@ void BatchProgress::drawLocked(Clock::time_point now) {
     shown_ = true;
 }
 
-void BatchProgress::clearLocked() {
-    if (!shown_) return;
-    std::fprintf(stderr, "\r\033[K");
-    std::fflush(stderr);
-    shown_ = false;
-}
+void BatchProgress::clearLocked() { eraseStatusLine(shown_); }
 
 std::size_t BatchProgress::done() const {
     const std::lock_guard<std::mutex> lock(mutex_);

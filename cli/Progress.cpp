@@ -53,12 +53,14 @@ void Progress::update(std::int64_t framesDone) {
     shown_ = true;
 }
 
-void Progress::clear() {
-    if (!shown_) return;
+void eraseStatusLine(bool& shown) {
+    if (!shown) return;
     std::fprintf(stderr, "\r\033[K");
     std::fflush(stderr);
-    shown_ = false;
+    shown = false;
 }
+
+void Progress::clear() { eraseStatusLine(shown_); }
 
 namespace {
 

@@ -40,6 +40,9 @@ private:
     std::vector<std::uint64_t> nonFinite_;
 };
 
+// Erases the status line drawn on stderr when one is shown, and marks it gone.
+void eraseStatusLine(bool& shown);
+
 // "-4.52" or "-inf" (silence).
 std::string decibelsFullScale(float peak);
 
