@@ -101,8 +101,12 @@ int renderBatch(const BatchJob& job) {
     const std::size_t workers =
         std::min(job.workers > 0 ? static_cast<std::size_t>(job.workers) : cores, job.inputs.size());
     RenderJob shared = job.render;
-    // The files already keep the cores busy; a chain stays on its file's thread unless asked otherwise.
-    if (workers > 1 && shared.chainThreads == 0) shared.chainThreads = 1;
+    // The files already keep the cores busy: unless a split chain is asked
+    // for, each file is read, processed and written on its worker's thread.
+    if (workers > 1 && shared.chainThreads <= 1) {
+        shared.chainThreads = 1;
+        shared.fileThreads = false;
+    }
     shared.quiet = true;
     shared.describeChain = false;
 

@@ -124,7 +124,8 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
     const std::int64_t renderFrames = input.frames() > 0 ? input.frames() + plan.maxFrames : 0;
     // Each further part of a split chain holds one more chunk; a split that
     // would pass the buffers' limit is made smaller (at worst, none).
-    std::size_t threads = chainThreadsFor(job.chainThreads, chain.size(), renderFrames, chunkFrames);
+    std::size_t threads =
+        job.fileThreads ? chainThreadsFor(job.chainThreads, chain.size(), renderFrames, chunkFrames) : 1;
     while (threads > 1 && bufferBytes(channels, chunkFrames, kChunksInFlight + static_cast<int>(threads) - 1) >
                               kMostBufferBytes)
         --threads;
@@ -133,7 +134,7 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
         std::fprintf(messages, "  split across %zu threads: %s\n", parts.size(), partList(parts).c_str());
     const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
     RenderStages stages(channels, chunkFrames, job.blockFrames, parts.size());
-    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight);
+    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight, job.fileThreads);
     OutputFile output(target, format.format, channels, input.sampleRate(), chunkFrames, input.tags(), job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
     TailWatch tail(plan);

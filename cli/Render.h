@@ -25,6 +25,7 @@ struct RenderJob {
     bool describeChain = false;  // print each effect and its parameters first
     double tailSeconds = -1.0;   // after the input; < 0: until quiet for chains with a delay (see Tail.h)
     int chainThreads = 0;        // the most threads a chain is split across; 0: the cores the files leave
+    bool fileThreads = true;     // read and write on threads of their own, beside the effects (off: all on one)
     std::string modulePath;
 };
 

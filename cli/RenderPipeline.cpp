@@ -27,9 +27,9 @@ std::int64_t chunkFramesFor(unsigned channels, int blockFrames, std::int64_t wan
     return blocks * block;
 }
 
-RenderPipeline::RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth)
-    : chunkFrames_(std::max<std::int64_t>(chunkFrames, 1)), depth_(std::max(depth, 2)),
-      slots_(static_cast<std::size_t>(depth_)) {
+RenderPipeline::RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth, bool overlap)
+    : chunkFrames_(std::max<std::int64_t>(chunkFrames, 1)), depth_(overlap ? std::max(depth, 2) : 1),
+      overlap_(overlap), slots_(static_cast<std::size_t>(depth_)) {
     for (Slot& slot : slots_) slot.samples.resize(chunkFloats);
 }
 
@@ -37,7 +37,23 @@ std::int64_t RenderPipeline::run(const Reader& read, const Processor& process, c
     return run(read, std::vector<Processor>{process}, write);
 }
 
+std::int64_t RenderPipeline::runInTurn(const Reader& read, const std::vector<Processor>& processes,
+                                      const Writer& write) {
+    Slot& slot = slots_.front();
+    std::int64_t written = 0;
+    for (;;) {
+        const std::int64_t frames = std::clamp<std::int64_t>(read(slot.samples.data()), 0, chunkFrames_);
+        if (frames > 0) {
+            for (const Processor& process : processes) process(slot.samples.data(), frames);
+            write(slot.samples.data(), frames);
+            written += frames;
+        }
+        if (frames < chunkFrames_) return written;
+    }
+}
+
 std::int64_t RenderPipeline::run(const Reader& read, const std::vector<Processor>& processes, const Writer& write) {
+    if (!overlap_) return runInTurn(read, processes, write);
     const std::size_t stages = processes.size() + 2;
     {
         const std::lock_guard<std::mutex> lock(mutex_);

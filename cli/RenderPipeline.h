@@ -28,7 +28,10 @@ public:
     using Writer = std::function<void(const float* chunk, std::int64_t frames)>;
 
     // Chunks of `chunkFrames` frames in `chunkFloats` floats each, `depth` (at least 2) chunks in all.
-    RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth);
+    // Without `overlap`, run() reads, processes and writes each chunk in turn
+    // on the calling thread and holds a single chunk: for renders that run
+    // side by side, one per core, where more threads would only take turns.
+    RenderPipeline(std::size_t chunkFloats, std::int64_t chunkFrames, int depth, bool overlap = true);
     RenderPipeline(const RenderPipeline&) = delete;
     RenderPipeline& operator=(const RenderPipeline&) = delete;
 
@@ -55,6 +58,8 @@ private:
     // the input ended with it or a stage failed.
     bool readChunk(const Reader& read, std::int64_t sequence);
     void readAll(const Reader& read, std::int64_t firstSequence);
+    // Every chunk through every stage on the calling thread, one chunk at a time.
+    std::int64_t runInTurn(const Reader& read, const std::vector<Processor>& processes, const Writer& write);
     // Stage `stage` (1 for the first processor, the last for the writer) over every chunk the stage before passes.
     void passAll(std::size_t stage, const std::function<void(Slot&)>& work);
     void fail(std::exception_ptr error);
@@ -62,6 +67,7 @@ private:
 
     std::int64_t chunkFrames_;
     int depth_;
+    bool overlap_;
     std::vector<Slot> slots_;
 
     // Stage 0 reads, the stages after it process, the last one writes.

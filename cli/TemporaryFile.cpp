@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <set>
 
 #include "Errors.h"
 
@@ -108,6 +110,15 @@ long processOf(const char* name) {
 }  // namespace
 
 void removeStaleTemporaries(const std::string& folder) {
+    // A folder is swept once per run: a batch writing a thousand files into
+    // it would otherwise list it a thousand times. (Temporaries left since by
+    // a process that died meanwhile wait for the next run.)
+    {
+        static std::mutex sweptMutex;
+        static std::set<std::string> swept;
+        const std::lock_guard<std::mutex> lock(sweptMutex);
+        if (!swept.insert(folder).second) return;
+    }
     DIR* listing = ::opendir(folder.c_str());
     if (listing == nullptr) return;
     while (const dirent* entry = ::readdir(listing)) {

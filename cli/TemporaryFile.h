@@ -43,7 +43,8 @@ private:
     char ownName_[PATH_MAX + 32] = {};
 };
 
-// Removes ".afx-PID-XXXXXX" files of `folder` whose process no longer runs.
+// Removes ".afx-PID-XXXXXX" files of `folder` whose process no longer runs;
+// once per folder in a run (later calls for the same folder do nothing).
 void removeStaleTemporaries(const std::string& folder);
 
 }  // namespace afx

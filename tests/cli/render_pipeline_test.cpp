@@ -58,9 +58,10 @@ class PipelineShapes : public ::testing::TestWithParam<Shape> {};
 // are filled by asking again. Processing negates each sample; the writer must
 // get every frame negated, in order, in chunks of exactly `chunk` frames but
 // the last.
-TEST_P(PipelineShapes, EveryFrameInOrder) {
-    const Shape shape = GetParam();
-    RenderPipeline pipeline(static_cast<std::size_t>(shape.chunk) * shape.channels, shape.chunk, shape.depth);
+// The same holds for a pipeline that runs every stage in turn on one thread.
+void expectEveryFrameInOrder(const Shape& shape, bool overlap) {
+    RenderPipeline pipeline(static_cast<std::size_t>(shape.chunk) * shape.channels, shape.chunk, shape.depth,
+                            overlap);
     Source source{shape.channels, shape.total, shape.mostPerRead};
     std::vector<std::int64_t> processedSizes;
     std::vector<std::int64_t> writtenSizes;
@@ -86,6 +87,10 @@ TEST_P(PipelineShapes, EveryFrameInOrder) {
     EXPECT_EQ(processedSizes, expectedSizes);
     EXPECT_EQ(writtenSizes, expectedSizes);
 }
+
+TEST_P(PipelineShapes, EveryFrameInOrder) { expectEveryFrameInOrder(GetParam(), true); }
+
+TEST_P(PipelineShapes, EveryFrameInOrderInTurn) { expectEveryFrameInOrder(GetParam(), false); }
 
 INSTANTIATE_TEST_SUITE_P(Render, PipelineShapes,
                          ::testing::Values(Shape{2, 0, 64, 4, 64}, Shape{2, 1, 64, 4, 64}, Shape{1, 63, 64, 4, 64},
@@ -175,6 +180,66 @@ TEST(RenderPipeline, ShortInputRunsOnTheCallingThread) {
         const std::vector<std::string> expected =
             total == 0 ? std::vector<std::string>{"read"} : std::vector<std::string>{"read", "process", "write"};
         EXPECT_EQ(steps, expected) << total << " frames";
+    }
+}
+
+// Without overlap every chunk is read, processed and written on the calling
+// thread before the next is read, in one buffer, through every processing stage.
+TEST(RenderPipeline, InTurnRunsEachChunkThroughOnTheCallingThread) {
+    RenderPipeline pipeline(16, 8, 4, false);
+    EXPECT_EQ(pipeline.depth(), 1);
+    Source source{2, 20, 3};
+    const std::thread::id caller = std::this_thread::get_id();
+    std::vector<std::string> steps;
+    std::set<std::thread::id> threads;
+    std::set<const float*> buffers;
+    auto note = [&](const char* step, const float* chunk) {
+        threads.insert(std::this_thread::get_id());
+        buffers.insert(chunk);
+        steps.push_back(step);
+    };
+    const std::int64_t passed = pipeline.run(
+        [&](float* chunk) {
+            note("read", chunk);
+            return afx::readFully(std::ref(source), chunk, 2, 8);
+        },
+        std::vector<RenderPipeline::Processor>{[&](float* chunk, std::int64_t) { note("first", chunk); },
+                                               [&](float* chunk, std::int64_t) { note("second", chunk); }},
+        [&](const float* chunk, std::int64_t) { note("write", chunk); });
+    EXPECT_EQ(passed, 20);
+    EXPECT_EQ(threads, std::set<std::thread::id>{caller});
+    EXPECT_EQ(buffers.size(), 1u);
+    const std::vector<std::string> chunk{"read", "first", "second", "write"};
+    std::vector<std::string> expected;
+    for (int i = 0; i < 3; ++i) expected.insert(expected.end(), chunk.begin(), chunk.end());  // 8, 8 and 4 frames
+    EXPECT_EQ(steps, expected);
+}
+
+// Without overlap a failing stage's error comes out of run() as it is, and
+// no stage sees a chunk after it.
+TEST(RenderPipeline, InTurnFailureComesOut) {
+    for (const char* failing : {"read", "process", "write"}) {
+        RenderPipeline pipeline(16, 8, 4, false);
+        Source source{2, 40, 8};
+        const std::string stage = failing;
+        int calls = 0;
+        try {
+            pipeline.run(
+                [&](float* chunk) {
+                    if (stage == "read" && ++calls == 2) throw std::runtime_error("read failed");
+                    return source(chunk, 8);
+                },
+                [&](float*, std::int64_t) {
+                    if (stage == "process" && ++calls == 2) throw std::runtime_error("process failed");
+                },
+                [&](const float*, std::int64_t) {
+                    if (stage == "write" && ++calls == 2) throw std::runtime_error("write failed");
+                });
+            ADD_FAILURE() << "no error came out of a failing " << stage;
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(std::string(error.what()), stage + " failed");
+        }
+        EXPECT_EQ(source.next, stage == "read" ? 8 : 16) << stage;  // nothing read after the failure
     }
 }
 
