@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -122,19 +123,26 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
 
     const TailPlan plan = planTail(job.tailSeconds, chain, input.sampleRate());
     const std::int64_t renderFrames = input.frames() > 0 ? input.frames() + plan.maxFrames : 0;
-    // Each further part of a split chain holds one more chunk; a split that
-    // would pass the buffers' limit is made smaller (at worst, none).
-    std::size_t threads =
-        job.fileThreads ? chainThreadsFor(job.chainThreads, chain.size(), renderFrames, chunkFrames) : 1;
-    while (threads > 1 && bufferBytes(channels, chunkFrames, kChunksInFlight + static_cast<int>(threads) - 1) >
-                              kMostBufferBytes)
-        --threads;
-    const std::vector<ChainPart> parts = splitChain(chain.size(), threads);
-    if (job.describeChain && !job.quiet && parts.size() > 1)
-        std::fprintf(messages, "  split across %zu threads: %s\n", parts.size(), partList(parts).c_str());
-    const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
-    RenderStages stages(channels, chunkFrames, job.blockFrames, parts.size());
-    RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight, job.fileThreads);
+    // Each further part of a split chain holds one more chunk; no split
+    // passes the buffers' limit.
+    std::size_t mostParts = std::max<std::size_t>(chain.size(), 1);
+    while (mostParts > 1 && bufferBytes(channels, chunkFrames, kChunksInFlight + static_cast<int>(mostParts) - 1) >
+                                kMostBufferBytes)
+        --mostParts;
+    const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    // Asked for (--threads), the split is even in links; by default the first
+    // chunk goes through on this thread with each link timed, and the split is
+    // chosen from what it cost (see splitByCost), so that a light chain is
+    // not split at all and a heavy one is cut where its costs balance.
+    const bool splitFromFirstChunk = job.fileThreads && job.chainThreads == 0 && chain.size() > 1 && cores > 1 &&
+                                     (renderFrames == 0 || renderFrames > chunkFrames);
+    std::vector<ChainPart> parts;
+    if (!splitFromFirstChunk) {
+        const std::size_t threads =
+            job.fileThreads ? chainThreadsFor(job.chainThreads, chain.size(), renderFrames, chunkFrames) : 1;
+        parts = splitChain(chain.size(), std::min(threads, mostParts));
+    }
+    RenderStages stages(channels, chunkFrames, job.blockFrames, mostParts);
     OutputFile output(target, format.format, channels, input.sampleRate(), chunkFrames, input.tags(), job.syncOutput);
     Progress progress(input.frames(), input.sampleRate(), !job.quiet && ::isatty(STDERR_FILENO));
     TailWatch tail(plan);
@@ -157,25 +165,52 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
         tailFed += fed;
         return frames + fed;
     };
-    // Each part of the chain counts the frames it has passed; the last one
-    // follows the tail and shows the progress.
-    std::vector<std::int64_t> processed(parts.size(), 0);
-    std::vector<RenderPipeline::Processor> processes;
-    for (std::size_t index = 0; index < parts.size(); ++index)
-        processes.emplace_back([&, index](float* chunk, std::int64_t frames) {
-            stages.process(chain, parts[index], index, chunk, frames, processed[index], tail);
-            processed[index] += frames;
-            if (parts[index].last) progress.update(processed[index]);
-        });
     std::int64_t done = 0;
+    auto write = [&](const float* chunk, std::int64_t frames) {
+        // Chunks read ahead after the tail went quiet are dropped.
+        const std::int64_t kept = std::max<std::int64_t>(0, std::min(frames, tail.endFrame() - done));
+        if (kept > 0) stages.write(output, chunk, kept);
+        done += kept;
+    };
     try {
-        pipeline.run(read, processes,
-                     [&](const float* chunk, std::int64_t frames) {
-                         // Chunks read ahead after the tail went quiet are dropped.
-                         const std::int64_t kept = std::max<std::int64_t>(0, std::min(frames, tail.endFrame() - done));
-                         if (kept > 0) stages.write(output, chunk, kept);
-                         done += kept;
-                     });
+        std::int64_t firstFrames = 0;
+        if (splitFromFirstChunk) {
+            using Clock = std::chrono::steady_clock;
+            auto seconds = [](Clock::time_point from, Clock::time_point to) {
+                return std::chrono::duration<double>(to - from).count();
+            };
+            std::vector<float> first(stages.chunkFloats());
+            ChunkCosts costs;
+            costs.links.assign(chain.size(), 0.0);
+            const Clock::time_point reading = Clock::now();
+            firstFrames = read(first.data());
+            const Clock::time_point processing = Clock::now();
+            stages.processTimed(chain, first.data(), firstFrames, 0, tail, costs.links);
+            progress.update(firstFrames);
+            const Clock::time_point writing = Clock::now();
+            write(first.data(), firstFrames);
+            costs.read = seconds(reading, processing);
+            costs.write = seconds(writing, Clock::now());
+            parts = splitByCost(costs, cores, mostParts);
+        }
+        if (job.describeChain && !job.quiet && parts.size() > 1)
+            std::fprintf(messages, "  split across %zu threads: %s\n", parts.size(), partList(parts).c_str());
+        // An input that ended within the measured chunk is done.
+        if (!splitFromFirstChunk || firstFrames == chunkFrames) {
+            const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
+            RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight, job.fileThreads);
+            // Each part of the chain counts the frames it has passed; the last
+            // one follows the tail and shows the progress.
+            std::vector<std::int64_t> processed(parts.size(), firstFrames);
+            std::vector<RenderPipeline::Processor> processes;
+            for (std::size_t index = 0; index < parts.size(); ++index)
+                processes.emplace_back([&, index](float* chunk, std::int64_t frames) {
+                    stages.process(chain, parts[index], index, chunk, frames, processed[index], tail);
+                    processed[index] += frames;
+                    if (parts[index].last) progress.update(processed[index]);
+                });
+            pipeline.run(read, processes, write);
+        }
     } catch (...) {
         progress.clear();
         throw;
@@ -228,12 +263,7 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
 
 std::size_t chainThreadsFor(int wanted, std::size_t links, std::int64_t renderFrames, std::int64_t chunkFrames) {
     if (renderFrames > 0 && renderFrames <= chunkFrames) return 1;
-    // By default the chain takes the cores that reading and writing leave: on
-    // two cores a split would only take turns with them.
-    constexpr std::size_t kFileThreads = 2;
-    const std::size_t cores = std::thread::hardware_concurrency();
-    const std::size_t threads =
-        wanted > 0 ? static_cast<std::size_t>(wanted) : (cores > kFileThreads ? cores - kFileThreads : 1);
+    const std::size_t threads = wanted > 0 ? static_cast<std::size_t>(wanted) : 1;
     return std::clamp<std::size_t>(threads, 1, std::max<std::size_t>(links, 1));
 }
 

@@ -24,7 +24,7 @@ struct RenderJob {
     bool quiet = false;
     bool describeChain = false;  // print each effect and its parameters first
     double tailSeconds = -1.0;   // after the input; < 0: until quiet for chains with a delay (see Tail.h)
-    int chainThreads = 0;        // the most threads a chain is split across; 0: the cores the files leave
+    int chainThreads = 0;        // the threads a chain is split across; 0: as its first chunk's costs say
     bool fileThreads = true;     // read and write on threads of their own, beside the effects (off: all on one)
     std::string modulePath;
 };
@@ -49,9 +49,10 @@ int render(const RenderJob& job);
 // The same through a module already loaded (a batch loads it once).
 void render(const RenderJob& job, const ModuleHost& host, RenderReport& report);
 
-// The threads the chain's effects are split across: at most one per link and
-// `wanted` (0: the cores beyond the two that read and write), and one when the render fits in a single chunk
+// The threads a split asked for (--threads `wanted`; 0: none asked) takes:
+// at most one per link, and one when the render fits in a single chunk
 // (`renderFrames`, 0 when unknown), where parts would have nothing to overlap.
+// Unasked, the render chooses the split from its first chunk's costs.
 std::size_t chainThreadsFor(int wanted, std::size_t links, std::int64_t renderFrames, std::int64_t chunkFrames);
 
 }  // namespace afx

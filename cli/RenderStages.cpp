@@ -1,6 +1,8 @@
 #include "RenderStages.h"
 
 #include <algorithm>
+#include <chrono>
+#include <limits>
 
 #include "Interleave.h"
 #include "RenderPipeline.h"
@@ -17,17 +19,6 @@ std::size_t strideFor(std::int64_t frames) {
 }
 
 }  // namespace
-
-std::vector<ChainPart> splitChain(std::size_t links, std::size_t parts) {
-    parts = std::clamp<std::size_t>(parts, 1, std::max<std::size_t>(links, 1));
-    std::vector<ChainPart> split(parts);
-    for (std::size_t part = 0; part < parts; ++part) {
-        split[part].firstLink = part * links / parts;
-        split[part].endLink = (part + 1) * links / parts;
-        split[part].last = part + 1 == parts;
-    }
-    return split;
-}
 
 RenderStages::RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames, std::size_t chainParts)
     : channels_(channels), chunkFrames_(chunkFrames), blockFrames_(blockFrames), stride_(strideFor(chunkFrames)),
@@ -51,11 +42,32 @@ void RenderStages::silence(float* chunk, std::int64_t from, std::int64_t to) con
 
 void RenderStages::process(const Chain& chain, const ChainPart& part, std::size_t partIndex, float* chunk,
                            std::int64_t frames, std::int64_t first, TailWatch& tail) {
-    std::vector<float*>& planes = blockPlanes_[partIndex];
+    passBlocks(chain, part, blockPlanes_[partIndex], chunk, frames, first, tail, nullptr);
+}
+
+void RenderStages::processTimed(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first,
+                                TailWatch& tail, std::vector<double>& linkSeconds) {
+    const ChainPart whole{0, chain.size(), true};
+    passBlocks(chain, whole, blockPlanes_.front(), chunk, frames, first, tail, &linkSeconds);
+}
+
+void RenderStages::passBlocks(const Chain& chain, const ChainPart& part, std::vector<float*>& planes, float* chunk,
+                              std::int64_t frames, std::int64_t first, TailWatch& tail,
+                              std::vector<double>* linkSeconds) {
+    using Clock = std::chrono::steady_clock;
     for (std::int64_t start = 0; start < frames; start += blockFrames_) {
         const auto count = static_cast<int>(std::min<std::int64_t>(blockFrames_, frames - start));
         pointInto(chunk, start, planes);
-        chain.process(planes.data(), count, part.firstLink, part.endLink);
+        if (linkSeconds == nullptr) {
+            chain.process(planes.data(), count, part.firstLink, part.endLink);
+        } else {
+            // Link by link is the chain's own order within a block.
+            for (std::size_t link = part.firstLink; link < part.endLink; ++link) {
+                const Clock::time_point before = Clock::now();
+                chain.process(planes.data(), count, link, link + 1);
+                (*linkSeconds)[link] += std::chrono::duration<double>(Clock::now() - before).count();
+            }
+        }
         if (!part.last) continue;
         tail.take(planes.data(), channels_, first + start, count);
         // Metered while the block is still in the cache; writing is the busier thread.

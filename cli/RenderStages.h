@@ -11,25 +11,15 @@
 
 #include "AudioFile.h"
 #include "Chain.h"
+#include "ChainSplit.h"
 #include "Progress.h"
 #include "Tail.h"
 
 namespace afx {
 
-// Links [firstLink, endLink) of a chain, run by one thread of the render; the
-// last part also follows the tail and meters the output.
-struct ChainPart {
-    std::size_t firstLink = 0;
-    std::size_t endLink = 0;
-    bool last = true;
-};
-
-// `links` links in `parts` (1 to links) parts of as even a count as they divide into.
-std::vector<ChainPart> splitChain(std::size_t links, std::size_t parts);
-
 class RenderStages {
 public:
-    // `chainParts`: the threads the chain is split across, each with its own block pointers.
+    // `chainParts`: the most threads the chain may be split across, each with its own block pointers.
     RenderStages(unsigned channels, std::int64_t chunkFrames, int blockFrames, std::size_t chainParts = 1);
 
     // The floats one chunk takes.
@@ -44,6 +34,10 @@ public:
     // the render, and on the last part `tail` sees every block.
     void process(const Chain& chain, const ChainPart& part, std::size_t partIndex, float* chunk, std::int64_t frames,
                  std::int64_t first, TailWatch& tail);
+    // The whole chain over a chunk as process() does as one part, adding each
+    // link's time to `linkSeconds` (one entry per link).
+    void processTimed(const Chain& chain, float* chunk, std::int64_t frames, std::int64_t first, TailWatch& tail,
+                      std::vector<double>& linkSeconds);
     // On the writing thread.
     void write(OutputFile& output, const float* chunk, std::int64_t frames);
 
@@ -52,6 +46,9 @@ public:
     const PeakMeter& after() const { return after_; }
 
 private:
+    // A part's links over a chunk, block by block; each link timed into `linkSeconds` when given.
+    void passBlocks(const Chain& chain, const ChainPart& part, std::vector<float*>& planes, float* chunk,
+                    std::int64_t frames, std::int64_t first, TailWatch& tail, std::vector<double>* linkSeconds);
     // Each channel's array in `chunk`, from frame `start` on.
     template <class Sample>
     void pointInto(Sample* chunk, std::int64_t start, std::vector<Sample*>& pointers) const {
