@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -160,6 +161,57 @@ TEST(AfxBatch, AFailingFileDoesNotStopTheOthers) {
         expectSameFile(out + "/" + name, single);
     }
     EXPECT_EQ(entriesOf(out), (std::vector<std::string>{"first.wav", "last.wav"}));
+}
+
+// The batch loads the module once: the dynamic loader, asked to say what it
+// does (LD_DEBUG=files), runs the module's initialisers once for five files.
+// (A module opened and closed per file would be initialised per file.)
+TEST(AfxBatch, LoadsTheModuleOnce) {
+    ScratchFolder folder;
+    std::vector<std::string> arguments = {"render"};
+    for (int i = 0; i < 5; ++i) {
+        const std::string name = folder.file("in" + std::to_string(i) + ".wav");
+        writeFloatWav(name, 2, kRate, noise(2000, 2, 30 + i));
+        arguments.push_back(name);
+    }
+    const std::string out = folder.file("out");
+    ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
+    arguments.insert(arguments.end(), {"-o", out, "-j", "2", "-e", "highpass", "-e", "delay"});
+    ::setenv("LD_DEBUG", "files", 1);
+    const Outcome outcome = runAfx(arguments);
+    ::unsetenv("LD_DEBUG");
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
+    EXPECT_EQ(entriesOf(out).size(), 5u);
+    std::size_t initialised = 0;
+    std::size_t lines = 0;
+    std::istringstream text(outcome.err);
+    for (std::string line; std::getline(text, line);) {
+        ++lines;
+        if (line.find("calling init: ") != std::string::npos && line.find("/libAudioFilters.so") != std::string::npos)
+            ++initialised;
+    }
+    ASSERT_GT(lines, 10u) << "the loader said nothing: " << outcome.err;
+    EXPECT_EQ(initialised, 1u) << outcome.err;
+}
+
+// Temporary files a dead afx left in DIR are removed; a batch lists DIR for
+// them once, and every output still arrives.
+TEST(AfxBatch, StaleTemporariesInTheFolderAreRemoved) {
+    ScratchFolder folder;
+    const std::string out = folder.file("out");
+    ASSERT_EQ(::mkdir(out.c_str(), 0755), 0);
+    // Above the largest process number Linux allows (2^22), so no process has it.
+    std::ofstream(out + "/.afx-4194400-a1b2c3") << "stale";
+    std::vector<std::string> arguments = {"render"};
+    for (int i = 0; i < 3; ++i) {
+        const std::string name = folder.file("in" + std::to_string(i) + ".wav");
+        writeFloatWav(name, 1, kRate, noise(500, 1, 40 + i));
+        arguments.push_back(name);
+    }
+    arguments.insert(arguments.end(), {"-o", out, "-j", "3", "-e", "invert"});
+    const Outcome outcome = runAfx(arguments);
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
+    EXPECT_EQ(entriesOf(out), (std::vector<std::string>{"in0.wav", "in1.wav", "in2.wav"}));
 }
 
 // A file the chain does not fit (balance is stereo only) fails on its own; the exit status says so.
