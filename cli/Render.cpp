@@ -198,7 +198,9 @@ void renderTo(const RenderJob& job, const OutputTarget& target, const ModuleHost
         // An input that ended within the measured chunk is done.
         if (!splitFromFirstChunk || firstFrames == chunkFrames) {
             const int chunksInFlight = kChunksInFlight + static_cast<int>(parts.size()) - 1;
-            RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight, job.fileThreads);
+            // A render known to fit in one chunk runs on this thread anyway: one buffer is enough.
+            const bool overlap = job.fileThreads && !(renderFrames > 0 && renderFrames <= chunkFrames);
+            RenderPipeline pipeline(stages.chunkFloats(), chunkFrames, chunksInFlight, overlap);
             // Each part of the chain counts the frames it has passed; the last
             // one follows the tail and shows the progress.
             std::vector<std::int64_t> processed(parts.size(), firstFrames);
