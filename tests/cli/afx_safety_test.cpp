@@ -6,6 +6,8 @@
 #include <sys/sysmacros.h>
 
 #include <cstdint>
+#include <sstream>
+#include <string>
 #include <thread>
 
 #include "AfxRunner.h"
@@ -147,6 +149,28 @@ TEST(AfxOutputSafety, StaleTemporaryFilesAreRemoved) {
     const Outcome outcome = runAfx(gainRender(folder.file("in.wav"), folder.file("out.wav")));
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{running, ".afx-notes", "in.wav", "out.wav"}));
+}
+
+// The dynamic loader, asked to say where it looks (LD_DEBUG=libs), never
+// looks in the current folder while afx starts, loads the module and opens
+// libsndfile: a search path with an empty entry would let a library lying
+// beside the user's audio files be loaded in place of the real one.
+TEST(AfxOutputSafety, LibrariesAreNeverSearchedForInTheCurrentFolder) {
+    ScratchFolder folder;
+    writeFloatWav(folder.file("in.wav"), 2, 48000, ramp(100));
+    ::setenv("LD_DEBUG", "libs", 1);
+    const Outcome outcome = runAfx(gainRender(folder.file("in.wav"), folder.file("out.wav")));
+    ::unsetenv("LD_DEBUG");
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
+    std::istringstream text(outcome.err);
+    std::size_t tried = 0;
+    for (std::string line; std::getline(text, line);) {
+        const std::size_t at = line.find("trying file=");
+        if (at == std::string::npos) continue;
+        ++tried;
+        EXPECT_EQ(line.compare(at + 12, 1, "/"), 0) << line;
+    }
+    EXPECT_GT(tried, 0u) << "the loader said nothing: " << outcome.err;
 }
 
 // The longest name a Linux file system takes (255 bytes) works as OUTPUT.
