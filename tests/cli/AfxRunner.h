@@ -75,13 +75,20 @@ struct Outcome {
     std::string err;
 };
 
+// afx's command line as exec takes it: the words, and pointers to them ending in null.
+struct AfxCommandLine {
+    std::vector<std::string> words;
+    std::vector<char*> argv;
+    explicit AfxCommandLine(const std::vector<std::string>& arguments) : words{kAfx} {
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        for (std::string& word : words) argv.push_back(word.data());
+        argv.push_back(nullptr);
+    }
+};
+
 // Starts afx with `arguments`, stdout and stderr into files of `logs`.
 inline pid_t startAfx(const std::vector<std::string>& arguments, const std::string& logs) {
-    std::vector<std::string> words = {kAfx};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
+    AfxCommandLine command(arguments);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -103,7 +110,7 @@ inline pid_t startAfx(const std::vector<std::string>& arguments, const std::stri
     posix_spawnattr_setsigdefault(&attributes, &stopSignals);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     pid_t child = -1;
-    if (posix_spawn(&child, kAfx.c_str(), &actions, &attributes, argv.data(), environ) != 0) child = -1;
+    if (posix_spawn(&child, kAfx.c_str(), &actions, &attributes, command.argv.data(), environ) != 0) child = -1;
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return child;

@@ -30,17 +30,13 @@ struct TerminalOutcome {
 
 // Runs afx with its standard input, output and error on a new pseudo-terminal.
 TerminalOutcome runAfxOnTerminal(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = {kAfx};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
+    AfxCommandLine command(arguments);
     TerminalOutcome outcome;
     int terminal = -1;
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child < 0) return outcome;
     if (child == 0) {
-        ::execv(kAfx.c_str(), argv.data());
+        ::execv(kAfx.c_str(), command.argv.data());
         ::_exit(127);
     }
     char buffer[4096];
