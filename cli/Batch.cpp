@@ -103,10 +103,7 @@ int renderBatch(const BatchJob& job) {
     RenderJob shared = job.render;
     // The files already keep the cores busy: unless a split chain is asked
     // for, each file is read, processed and written on its worker's thread.
-    if (workers > 1 && shared.chainThreads <= 1) {
-        shared.chainThreads = 1;
-        shared.fileThreads = false;
-    }
+    if (workers > 1 && shared.chainThreads <= 1) shared.fileThreads = false;
     shared.quiet = true;
     shared.describeChain = false;
 
